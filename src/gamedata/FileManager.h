@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ArchiveIndex.h"
+#include "Singleton.h"
+#include "ZipArchive.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+class QIODevice;
+
+// The program's view of the game's read-only resource tree. A resource is
+// named by its path below the game's "res" folder and is looked up, in this
+// order, as a path of its own, in the mod folder, loose in the game's "res"
+// folder, and in the archives listed by resources.cfg (first listed wins,
+// case ignored). Every hit is handed out as a QBuffer owned by the caller.
+class FileManager : public QObject, public Singleton<FileManager>
+{
+    Q_OBJECT
+public:
+    // Index answers archive lookups from a table of member names built when
+    // the archives open; Walk asks every archive in turn. Both give the same
+    // results; Walk is kept for comparison.
+    enum class LookupStrategy
+    {
+        Index,
+        Walk
+    };
+
+    FileManager();
+    ~FileManager() override;
+
+    void clearArchives();
+    bool addArchive(const QString& path, bool quiet);
+
+    QIODevice* getFile(const QString& name);
+    static QIODevice* openPlainFile(const QString& path);
+    QIODevice* openArchiveFile(const QString& name);
+    bool existsInArchives(const QString& name);
+
+    // The archive list read by loadZipFiles(); "../data/resources.cfg"
+    // unless a tool names another.
+    QString resourcesConfigPath;
+
+    void setLookupStrategy(LookupStrategy strategy) { lookupStrategy = strategy; }
+
+    int archiveCount() const { return int(archives.size()); }
+    const ZipArchive& archive(int number) const { return *archives[size_t(number)]; }
+
+public slots:
+    void loadZipFiles();
+
+private:
+    // The first archive to ask for a member name, or -1 when none holds it.
+    int firstCandidate(const QByteArray& memberName) const;
+    static QByteArray memberName(const QString& name);
+
+    std::vector<std::unique_ptr<ZipArchive>> archives;
+    ArchiveIndex index;
+    LookupStrategy lookupStrategy = LookupStrategy::Index;
+};

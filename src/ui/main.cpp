@@ -1,0 +1,6 @@
+#include "FerroxMain.h"
+
+int main(int argc, char** argv)
+{
+    return runFerrox(argc, argv);
+}

@@ -1,0 +1,226 @@
+#include "MessageBoxRecorder.h"
+#include "QtPrinters.h"
+#include "Settings.h"
+#include "SettingsFormat.h"
+#include "StartupError.h"
+#include "TestRoot.h"
+
+#include <QFile>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+namespace {
+class SettingsTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        resetStartupState();
+        root.enter();
+    }
+    void TearDown() override { resetStartupState(); }
+
+    QString settingsPath() const { return root.dataDirectory() + QStringLiteral("/settings.cfg"); }
+
+    QByteArray readSettingsFile() const
+    {
+        QFile file(settingsPath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void writeSettingsFile(const QByteArray& content) const
+    {
+        root.writeFile(QStringLiteral("data/settings.cfg"), content);
+    }
+
+    TestRoot root;
+    MessageBoxRecorder boxes;
+};
+
+QByteArray settingsDocument(const QByteArray& body)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE settings.cfg>\n<Settings>\n" +
+           body + "</Settings>\n";
+}
+} // namespace
+
+TEST_F(SettingsTest, FirstRunWarnsAndWritesTheWholeTableInOrder)
+{
+    Settings settings;
+    QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
+    settings.loadOrCreate();
+
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Warning);
+    EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Ferrox"));
+    EXPECT_TRUE(boxes.boxes[0].text.startsWith(
+        QStringLiteral("Could not locate settings file, creating a new one.\nThe preferences")));
+    EXPECT_TRUE(settings.firstRun);
+    EXPECT_FALSE(settings.gavrelPathValid);
+    EXPECT_EQ(changed.count(), 0);
+    EXPECT_TRUE(QDir(root.dataDirectory() + QStringLiteral("/screenshots")).exists());
+
+    const QByteArray expected =
+        settingsDocument(" <Version>1</Version>\n"
+                         " <Paths>\n"
+                         "  <GavrelPath>c:\\Games\\Gavrel</GavrelPath>\n"
+                         "  <ModPath></ModPath>\n"
+                         "  <ImageEditor></ImageEditor>\n"
+                         "  <Screenshots>" +
+                         root.dataDirectory().toUtf8() +
+                         "/screenshots</Screenshots>\n"
+                         " </Paths>\n"
+                         " <RendererSystems>\n"
+                         "  <Renderer>\n"
+                         "   <Name>OpenGL 3.2</Name>\n"
+                         "   <ShaderDir>../data/shaders/glsl150</ShaderDir>\n"
+                         "  </Renderer>\n"
+                         " </RendererSystems>\n"
+                         " <RendererCommon>\n"
+                         "  <TextureFilter>Anisotropic 4x</TextureFilter>\n"
+                         "  <MSAA>4x</MSAA>\n"
+                         "  <ShadowMap>2048</ShadowMap>\n"
+                         "  <ShadowMapSamples>8</ShadowMapSamples>\n"
+                         "  <VSync>1</VSync>\n"
+                         " </RendererCommon>\n"
+                         " <SceneSettings>\n"
+                         "  <MouseInvertX>false</MouseInvertX>\n"
+                         "  <MouseInvertY>false</MouseInvertY>\n"
+                         "  <ViewportColor>128 128 128 255</ViewportColor>\n"
+                         "  <AmbientLight>127</AmbientLight>\n"
+                         "  <ShowHangar>true</ShowHangar>\n"
+                         "  <ShowGrid>false</ShowGrid>\n"
+                         "  <ShowTankInfo>true</ShowTankInfo>\n"
+                         "  <ShowShadows>false</ShowShadows>\n"
+                         "  <SceneSet>premium</SceneSet>\n"
+                         "  <Lighting>bumpmap</Lighting>\n"
+                         "  <ScreenshotAlpha>false</ScreenshotAlpha>\n"
+                         "  <ScreenshotTimeStamp>true</ScreenshotTimeStamp>\n"
+                         "  <ShowRenderInfo>false</ShowRenderInfo>\n"
+                         "  <OverwriteTextures>false</OverwriteTextures>\n"
+                         "  <VerticalTabs>false</VerticalTabs>\n"
+                         "  <NativeFileDialog>true</NativeFileDialog>\n"
+                         "  <DisableTranslate>false</DisableTranslate>\n"
+                         " </SceneSettings>\n");
+    EXPECT_EQ(readSettingsFile().toStdString(), expected.toStdString());
+}
+
+TEST_F(SettingsTest, SavedValuesReadBackInANewObject)
+{
+    {
+        Settings settings;
+        settings.loadOrCreate();
+        settings.setModPath(QStringLiteral("/mods/res_mods"));
+        settings.setShadowMapSize(4096);
+        settings.setShadowMapSamples(2.5f);
+        settings.setViewportColor(QColor(1, 2, 3, 4));
+        settings.setMouseInvert(true, false);
+        settings.setLighting(QStringLiteral("Ärger & <tags>"));
+        settings.save();
+    }
+    boxes.boxes.clear();
+    Settings settings;
+    settings.loadOrCreate();
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+    EXPECT_FALSE(settings.firstRun);
+    EXPECT_EQ(settings.modPath, QStringLiteral("/mods/res_mods"));
+    EXPECT_EQ(settings.shadowMap, 4096);
+    EXPECT_FLOAT_EQ(settings.shadowMapSamples, 2.5f);
+    EXPECT_EQ(settings.viewportColor, QColor(1, 2, 3, 4));
+    EXPECT_TRUE(settings.mouseInvertX);
+    EXPECT_FALSE(settings.mouseInvertY);
+    EXPECT_EQ(settings.lighting, QStringLiteral("Ärger & <tags>"));
+}
+
+TEST_F(SettingsTest, KeysAreFoundWhateverTheirOrderAndMissingOnesReadEmpty)
+{
+    writeSettingsFile(settingsDocument(" <SceneSettings>\n"
+                                       "  <ShowGrid>TRUE</ShowGrid>\n"
+                                       "  <ShowHangar>is true</ShowHangar>\n"
+                                       "  <ShowTankInfo>1</ShowTankInfo>\n"
+                                       "  <AmbientLight>bright</AmbientLight>\n"
+                                       "  <ViewportColor>10.9 20 30</ViewportColor>\n"
+                                       " </SceneSettings>\n"
+                                       " <Paths><ModPath>/m</ModPath></Paths>\n"));
+    Settings settings;
+    settings.loadOrCreate();
+    EXPECT_TRUE(settings.showGrid);
+    EXPECT_TRUE(settings.showHangar);
+    EXPECT_FALSE(settings.showTankInfo);
+    EXPECT_EQ(settings.ambientLight, 0);
+    EXPECT_FALSE(settings.viewportColor.isValid());
+    EXPECT_EQ(settings.modPath, QStringLiteral("/m"));
+    EXPECT_TRUE(settings.gavrelPath.isEmpty());
+    EXPECT_EQ(settings.shadowMap, 0);
+    EXPECT_FALSE(settings.nativeFileDialog);
+    EXPECT_FALSE(startupErrorPending());
+}
+
+TEST(SettingsFormatTest, ValueTextsFollowTheFileRules)
+{
+    using namespace SettingsFormat;
+    EXPECT_EQ(colorText(QColor(Qt::darkGray)), QStringLiteral("128 128 128 255"));
+    EXPECT_EQ(readColor(QStringLiteral("10.9 20 30 40")), QColor(10, 20, 30, 40));
+    EXPECT_FALSE(readColor(QStringLiteral("10 20 30 40 50")).isValid());
+    EXPECT_FALSE(readColor(QStringLiteral("10  20 30 40")).isValid());
+    EXPECT_EQ(floatText(8.0f), QStringLiteral("8"));
+    EXPECT_EQ(floatText(0.1234567f), QStringLiteral("0.123457"));
+    EXPECT_TRUE(readBool(QStringLiteral("TrUe")));
+    EXPECT_FALSE(readBool(QStringLiteral("yes")));
+    EXPECT_EQ(readInt(QStringLiteral(" 12")), 12);
+    EXPECT_EQ(readInt(QStringLiteral("12px")), 0);
+}
+
+TEST_F(SettingsTest, UnreadableXmlBecomesAStartupError)
+{
+    writeSettingsFile("<Settings><Paths>");
+    Settings settings;
+    settings.loadOrCreate();
+    EXPECT_TRUE(startupErrorPending());
+    EXPECT_EQ(takeStartupError(), QStringLiteral("Could not set XML content."));
+}
+
+TEST_F(SettingsTest, GamePathIsAnnouncedOnlyWhenValidAndOnlyOnceOnSave)
+{
+    GameTree game;
+    GameTree notAGame(false);
+    Settings settings;
+    settings.loadOrCreate();
+    QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
+
+    settings.setGavrelPath(notAGame.path());
+    settings.save();
+    EXPECT_EQ(changed.count(), 0);
+    EXPECT_TRUE(readSettingsFile().contains(notAGame.path().toUtf8()));
+
+    settings.setGavrelPath(game.path());
+    EXPECT_TRUE(settings.gavrelPathValid);
+    EXPECT_EQ(changed.count(), 0);
+    settings.save();
+    EXPECT_EQ(changed.count(), 1);
+    settings.save();
+    EXPECT_EQ(changed.count(), 1);
+}
+
+TEST_F(SettingsTest, ValidStoredPathIsAnnouncedWhileLoading)
+{
+    GameTree game;
+    writeSettingsFile(settingsDocument(" <Paths><GavrelPath>" + game.path().toUtf8() +
+                                       "</GavrelPath></Paths>\n"));
+    Settings settings;
+    QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
+    settings.loadOrCreate();
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_TRUE(settings.gavrelPathValid);
+}
+
+TEST_F(SettingsTest, FailedWriteShowsTheClosingBox)
+{
+    Settings settings(root.filePath(QStringLiteral("no/such/folder/settings.cfg")));
+    settings.save();
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Critical);
+    EXPECT_EQ(boxes.boxes[0].text,
+              QStringLiteral("Could not open settings file.\nApplication will now close."));
+}

@@ -1,0 +1,146 @@
+// Runs the whole program in this process, pointed at a private tree, with
+// message boxes answered by a recorder. Each case runs in a process of its
+// own (CTest starts one per case), as the program does.
+
+#include "FerroxMain.h"
+#include "MainWindow.h"
+#include "MessageBoxRecorder.h"
+#include "QtPrinters.h"
+#include "StartupError.h"
+#include "TestRoot.h"
+
+#include <QFile>
+#include <QStatusBar>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace {
+QByteArray settingsFor(const QString& gamePath)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE settings.cfg>\n<Settings>\n"
+           " <Paths><GavrelPath>" +
+           gamePath.toUtf8() +
+           "</GavrelPath></Paths>\n"
+           " <RendererCommon><ShadowMap>1024</ShadowMap></RendererCommon>\n</Settings>\n";
+}
+
+QStringList logLines(const TestRoot& root)
+{
+    QFile file(root.dataDirectory() + QStringLiteral("/Ferrox.log"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList lines;
+    for (const QString& line : QString::fromUtf8(file.readAll()).split(QStringLiteral("\r\n"))) {
+        if (!line.isEmpty())
+            lines.append(line.section(QLatin1Char('['), 1).prepend(QLatin1Char('[')));
+    }
+    return lines;
+}
+
+class StartupTest : public testing::Test
+{
+protected:
+    // Runs the program; when it starts, the window closes itself once the
+    // event loop runs, which ends the run.
+    int run()
+    {
+        int argc = 1;
+        char name[] = "ferrox";
+        char* argv[] = {name, nullptr};
+        StartOptions options;
+        options.applicationDirectory = root.binDirectory();
+        options.onStarted = [this](MainWindow& window) {
+            windowSeenRunning = mainWindow == &window && window.statusBar() != nullptr;
+            QTimer::singleShot(0, &window, &QWidget::close);
+        };
+        const int code = runFerrox(argc, argv, options);
+        root.leave();
+        return code;
+    }
+
+    TestRoot root;
+    MessageBoxRecorder boxes;
+    bool windowSeenRunning = false;
+};
+} // namespace
+
+TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
+{
+    ASSERT_TRUE(QFile::exists(QStringLiteral(FERROX_SAMPLE_GAME_DIR "/Gavrel.exe")));
+    root.writeFile(QStringLiteral("data/settings.cfg"),
+                   settingsFor(QStringLiteral(FERROX_SAMPLE_GAME_DIR)));
+
+    EXPECT_EQ(run(), 0);
+    EXPECT_TRUE(windowSeenRunning);
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+    EXPECT_EQ(mainWindow, nullptr);
+
+    const QStringList lines = logLines(root);
+    ASSERT_GE(lines.size(), 8);
+    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("[ Info ] OS Version: ")));
+    EXPECT_EQ(lines[5], QStringLiteral("[ Info ] Loading settings file."));
+    EXPECT_EQ(lines[6], QStringLiteral("[ Info ] Loading zip archives."));
+    EXPECT_TRUE(
+        lines.contains(QStringLiteral("[ Info ] Adding file archive: " FERROX_SAMPLE_GAME_DIR
+                                      "/res/packages/shared_content.pkg")));
+    EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: v.0.9.14 #417")));
+    EXPECT_EQ(lines.last(), QStringLiteral("[ Info ] Log shutting down."));
+    EXPECT_EQ(lines.filter(QStringLiteral("[ Warning ]")), QStringList());
+}
+
+TEST_F(StartupTest, FirstRunWritesSettingsAndOpensNoArchives)
+{
+    EXPECT_EQ(run(), 0);
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Warning);
+    EXPECT_TRUE(QFile::exists(root.dataDirectory() + QStringLiteral("/settings.cfg")));
+
+    const QStringList lines = logLines(root);
+    EXPECT_TRUE(lines.contains(
+        QStringLiteral("[ Warning ] Could not locate settings file, creating a new one.")));
+    EXPECT_FALSE(lines.contains(QStringLiteral("[ Info ] Loading zip archives.")));
+    EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: Gavrel not found")));
+}
+
+TEST_F(StartupTest, UnwritableUserDirectoryEndsInOneFatalErrorBox)
+{
+    // A file in place of the user directory: neither root nor anyone else
+    // can create or write into it.
+    QDir(root.dataDirectory()).removeRecursively();
+    root.writeFile(QStringLiteral("data"), "not a folder");
+
+    EXPECT_EQ(run(), 1);
+    EXPECT_FALSE(windowSeenRunning);
+
+    QList<MessageBoxRequest> fatal;
+    for (const MessageBoxRequest& box : boxes.boxes) {
+        if (box.title == QStringLiteral("Fatal Error"))
+            fatal.append(box);
+    }
+    ASSERT_EQ(fatal.size(), 1);
+    EXPECT_EQ(fatal[0].icon, QMessageBox::Critical);
+    EXPECT_EQ(fatal[0].buttons, QMessageBox::Ok);
+    const QString userDirectory = root.dataDirectory();
+    const int created = fatal[0].text.indexOf(
+        QStringLiteral("Could not create user directory,this is most likely a permissions "
+                       "issue.\nPlease check that you have sufficient write access to: ") +
+        userDirectory);
+    const int opened = fatal[0].text.indexOf(
+        QStringLiteral("Could not open log file,this is most likely a permissions issue.\nPlease "
+                       "check that you have sufficient write access to: ") +
+        userDirectory);
+    EXPECT_EQ(created, 0);
+    EXPECT_GT(opened, created);
+    EXPECT_TRUE(fatal[0].text.endsWith(QStringLiteral("Could not open settings file.")));
+}
+
+TEST_F(StartupTest, BrokenSettingsFileEndsTheRunBeforeTheLoop)
+{
+    root.writeFile(QStringLiteral("data/settings.cfg"), "<Settings>");
+    EXPECT_EQ(run(), 1);
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Fatal Error"));
+    EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Could not set XML content."));
+    EXPECT_EQ(logLines(root).last(), QStringLiteral("[ Info ] Log shutting down."));
+}

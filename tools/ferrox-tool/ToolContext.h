@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class FileManager;
+class Settings;
+
+// Parsed command line of one ferrox-tool command: its positional arguments
+// and the options every command understands.
+struct ToolArguments
+{
+    QStringList positional;
+    QString resourcesFile; // --resources FILE
+    QString modDirectory;  // --mod DIR
+    QStringList flags;     // other "--name" or "--name=value" options, as given
+
+    static ToolArguments parse(const QStringList& arguments, QString* error);
+    QString option(const QString& name) const; // value of "--name VALUE" kept in flags
+};
+
+// The game's files as the program would see them, set up without a settings
+// file, log file or window: settings in memory, archives from the program's
+// own resources.cfg (or the one given).
+class ToolContext
+{
+public:
+    ToolContext(const QString& gameDirectory, const ToolArguments& arguments);
+    ~ToolContext();
+
+    bool gameDirectoryValid() const;
+    FileManager& files() { return *fileManager; }
+    QString gameDirectory() const;
+
+    // Set when a closing box would have been shown.
+    static bool fatalErrorSeen();
+
+private:
+    std::unique_ptr<Settings> settings;
+    std::unique_ptr<FileManager> fileManager;
+};
+
+void printError(const QString& message);

@@ -1,0 +1,62 @@
+// ferrox-tool: the game readers of Ferrox on the command line, for modders
+// and for tests.
+
+#include "ArchiveCommands.h"
+#include "SettingsCommands.h"
+#include "ToolContext.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+struct Command
+{
+    const char* name;
+    const char* usage;
+    int (*run)(const ToolArguments&);
+};
+
+const Command commands[] = {
+    {"ls", "ls GAME_DIR [SUBSTRING]       members of the archives and loose res files",
+     listCommand},
+    {"cat", "cat GAME_DIR NAME [--mod DIR]  the bytes Ferrox reads for NAME", catCommand},
+    {"init-settings",
+     "init-settings GAME_DIR        a first settings.cfg for the program beside "
+     "this tool, unless one exists",
+     initSettingsCommand},
+};
+
+void printUsage()
+{
+    std::fprintf(stderr, "usage: ferrox-tool COMMAND ARGUMENTS [--resources FILE]\n\ncommands:\n");
+    for (const Command& command : commands)
+        std::fprintf(stderr, "  %s\n", command.usage);
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        printUsage();
+        return 2;
+    }
+
+    const QString name = arguments.takeFirst();
+    for (const Command& command : commands) {
+        if (name != QLatin1String(command.name))
+            continue;
+        QString error;
+        const ToolArguments parsed = ToolArguments::parse(arguments, &error);
+        if (!error.isEmpty()) {
+            printError(error);
+            return 2;
+        }
+        return command.run(parsed);
+    }
+    printError(QStringLiteral("unknown command: ") + name);
+    printUsage();
+    return 2;
+}
