@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "Constants.h"
+#include "StatusMessages.h"
 
 #include <QIcon>
 #include <QStatusBar>
@@ -16,10 +17,15 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     setWindowIcon(QIcon(QStringLiteral(":/icons/ferrox_ico_128.png")));
     resize(928, 1066);
     statusBar()->setObjectName(QStringLiteral("statusbar"));
+    setStatusMessageSink([this](const QString& text, int timeoutMs) {
+        statusBar()->showMessage(text, timeoutMs);
+    });
 }
 
 MainWindow::~MainWindow()
 {
-    if (mainWindow == this)
+    if (mainWindow == this) {
         mainWindow = nullptr;
+        setStatusMessageSink({});
+    }
 }

@@ -35,40 +35,35 @@ void printError(const QString& message)
     std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
 }
 
+const QStringList ToolArguments::valueOptions = {
+    QStringLiteral("resources"), QStringLiteral("mod"),  QStringLiteral("nation"),
+    QStringLiteral("category"),  QStringLiteral("tier"), QStringLiteral("filter"),
+    QStringLiteral("png"),
+};
+
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {
     ToolArguments result;
     for (int i = 0; i < arguments.size(); ++i) {
         const QString& argument = arguments[i];
-        const bool takesValue =
-            argument == QLatin1String("--resources") || argument == QLatin1String("--mod");
-        if (takesValue) {
-            if (i + 1 >= arguments.size()) {
-                *error = argument + QStringLiteral(" needs a value");
-                return result;
-            }
-            const QString value = arguments[++i];
-            if (argument == QLatin1String("--resources"))
-                result.resourcesFile = value;
-            else
-                result.modDirectory = value;
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            result.flags.append(argument);
-        } else {
+        if (!argument.startsWith(QLatin1String("--"))) {
             result.positional.append(argument);
+            continue;
         }
+        const QString name = argument.mid(2);
+        if (!valueOptions.contains(name)) {
+            *error = QStringLiteral("unknown option: ") + argument;
+            return result;
+        }
+        if (i + 1 >= arguments.size()) {
+            *error = argument + QStringLiteral(" needs a value");
+            return result;
+        }
+        result.options.insert(name, arguments[++i]);
     }
+    result.resourcesFile = result.option(QStringLiteral("resources"));
+    result.modDirectory = result.option(QStringLiteral("mod"));
     return result;
-}
-
-QString ToolArguments::option(const QString& name) const
-{
-    const QString prefix = QStringLiteral("--") + name + QLatin1Char('=');
-    for (const QString& flag : flags) {
-        if (flag.startsWith(prefix))
-            return flag.mid(prefix.size());
-    }
-    return QString();
 }
 
 ToolContext::ToolContext(const QString& gameDirectory, const ToolArguments& arguments)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -9,16 +10,22 @@ class FileManager;
 class Settings;
 
 // Parsed command line of one ferrox-tool command: its positional arguments
-// and the options every command understands.
+// and its "--name VALUE" options.
 struct ToolArguments
 {
     QStringList positional;
     QString resourcesFile; // --resources FILE
     QString modDirectory;  // --mod DIR
-    QStringList flags;     // other "--name" or "--name=value" options, as given
+
+    // Options that take a value; any other "--name" is an error.
+    static const QStringList valueOptions;
 
     static ToolArguments parse(const QStringList& arguments, QString* error);
-    QString option(const QString& name) const; // value of "--name VALUE" kept in flags
+    // The value of "--name VALUE", empty when not given.
+    QString option(const QString& name) const { return options.value(name); }
+    bool hasOption(const QString& name) const { return options.contains(name); }
+
+    QHash<QString, QString> options;
 };
 
 // The game's files as the program would see them, set up without a settings

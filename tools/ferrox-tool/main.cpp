@@ -2,7 +2,9 @@
 // and for tests.
 
 #include "ArchiveCommands.h"
+#include "GameTextCommands.h"
 #include "SettingsCommands.h"
+#include "XmlCommands.h"
 #include "ToolContext.h"
 
 #include <QCoreApplication>
@@ -25,6 +27,13 @@ const Command commands[] = {
      "init-settings GAME_DIR        a first settings.cfg for the program beside "
      "this tool, unless one exists",
      initSettingsCommand},
+    {"xml", "xml FILE_OR_NAME [GAME_DIR]   the document as Ferrox reads it", xmlCommand},
+    {"translate", "translate GAME_DIR KEY       the display text for a catalogue key",
+     translateCommand},
+    {"tanks",
+     "tanks GAME_DIR [--nation N] [--category C] [--tier T] [--filter TEXT]\n"
+     "                                the vehicle table, tab-separated",
+     tanksCommand},
 };
 
 void printUsage()

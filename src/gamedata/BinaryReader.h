@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QChar>
+
+class QIODevice;
+
+// Little-endian reads from a device, each checked against what the device
+// still holds. A short read shows the closing box with the operation's
+// message, sets failed(), and yields 0 (or what was read).
+class BinaryReader
+{
+public:
+    explicit BinaryReader(QIODevice* device);
+
+    qint32 readInt();
+    qint16 readShort();
+    QChar readChar();
+    qint8 readCharSigned();
+    float readFloat();
+    // Bytes up to a zero byte, which stays unread.
+    QByteArray readCString();
+    // Exactly count bytes, or a short read.
+    QByteArray readBytes(qint64 count, const char* message);
+    QByteArray readAll();
+
+    bool skip(qint64 count);
+    bool seek(qint64 position);
+    qint64 position() const;
+    qint64 remaining() const;
+
+    // True once any read came up short.
+    bool failed() const { return hasFailed; }
+    void fail(const char* message);
+
+    QIODevice* device() const { return input; }
+
+private:
+    QIODevice* input;
+    bool hasFailed = false;
+};
