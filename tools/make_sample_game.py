@@ -3,14 +3,17 @@
 
     python3 tools/make_sample_game.py --out DIR [--scale N] [--force] [--with-broken]
 
-The installation is built from the game's file formats alone (plain XML, zip
-archives below res/packages/, loose files below res/); nothing here imports or
-calls Ferrox code, so Ferrox's readers can be tested against it.
+The installation is built from the game's file formats alone (plain and
+packed XML, zip archives below res/packages/, loose files below res/, gettext
+catalogues compiled with GNU msgfmt); nothing here imports or calls Ferrox
+code, so Ferrox's readers can be tested against it. The packed XML writer is
+gavrel_packed_xml.py beside this script.
 
 Layout of the script: one function per kind of content (marker, version file,
-each archive, loose files, archive list, bulk archives for benchmarks), then
-generate() which puts them together, and main() which handles the command
-line and the stamp. Everything is deterministic: the same arguments give
+each archive, loose files, archive list, game data: nations, vehicle lists
+and files, camouflage, categories, catalogues, the nation list; bulk archives
+and nations for benchmarks), then generate() which puts them together, and
+main() which handles the command line and the stamp. Everything is deterministic: the same arguments give
 byte-identical files (fixed zip timestamps and attributes, seeded random
 numbers, fixed member order).
 """
@@ -19,14 +22,24 @@ import hashlib
 import random
 import shutil
 import struct
+import subprocess
 import sys
+import tempfile
 import zipfile
 import zlib
 from dataclasses import dataclass
 from pathlib import Path
 
+# The packed XML writer lives beside this script; make it importable from any
+# working directory.
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from gavrel_packed_xml import Element, Floats, encode, plain_text  # noqa: E402
+
+# Files whose bytes decide the output; their digest goes into the stamp.
+GENERATOR_SOURCES = ("make_sample_game.py", "gavrel_packed_xml.py")
+
 # Bump when the output changes in a way a stamp digest would not show.
-GENERATOR_VERSION = 1
+GENERATOR_VERSION = 2
 STAMP_NAME = ".ferrox-sample-stamp"
 ZIP_DATE = (2020, 1, 1, 0, 0, 0)
 STORED = zipfile.ZIP_STORED
@@ -34,6 +47,7 @@ DEFLATED = zipfile.ZIP_DEFLATED
 
 MARKER_NAME = "Gavrel.exe"
 RESOURCES_LIST_NAME = "ferrox-resources.cfg"
+TANK_LIST_NAME = "ferrox-tank_list.cfg"
 GAME_VERSION_TEXT = "\tv.0.9.14 \n #417\t"  # read back simplified: "v.0.9.14 #417"
 BROKEN_PACKAGE = "broken_not_a_zip.pkg"
 
@@ -255,15 +269,479 @@ def hangar_members(archive, space, large_stored_size=0):
     return members
 
 
+# Model parts of vehicles whose model folder is not named like their tag;
+# they go into the archive after the parts of SAMPLE_TANKS.
+EXTRA_MODEL_FOLDERS = {"vehicles_level_02.pkg": [("Caldera", "C03_Wyvern")]}
+
+
 def small_packages():
-    """The scale-1 archives in search order, each as (file name, members)."""
-    return [
+    """The scale-1 archives in search order, each as (file name, members);
+    the game data files of the sample nations follow each archive's own
+    members."""
+    packages = [
         ("shared_content.pkg", shared_content_members()),
-        *[(name, vehicles_level_members(name, tanks)) for name, tanks in SAMPLE_TANKS.items()],
+        *[(name, vehicles_level_members(name, tanks + EXTRA_MODEL_FOLDERS.get(name, [])))
+          for name, tanks in SAMPLE_TANKS.items()],
         ("gui.pkg", gui_members()),
         ("hangar_premium.pkg", hangar_members("hangar_premium.pkg", "Hangar_Premium", 96 * 1024)),
         ("hangar_basic.pkg", hangar_members("hangar_basic.pkg", "Hangar_Basic")),
     ]
+    return [(name, members + game_data_members(SAMPLE_NATIONS, name))
+            for name, members in packages]
+
+
+# ------------------------------------------------------------ game data
+# Nations, their vehicle lists, vehicle definitions, camouflage catalogues,
+# the category file and the text catalogues. Where each file goes (loose
+# below res/ or inside an archive, packed or plain text) is fixed per nation.
+
+LIGHT, MEDIUM, HEAVY, TD, ARTY = "lightTank", "mediumTank", "heavyTank", "AT-SPG", "SPG"
+CATEGORIES = [  # key in list.xml tags and item_types.xml, display name
+    (LIGHT, "Light Tanks"), (MEDIUM, "Medium Tanks"), (HEAVY, "Heavy Tanks"),
+    (TD, "Tank Destroyers"), (ARTY, "Artillery"),
+]
+CATEGORY_ROLES = {LIGHT: "role_scout", MEDIUM: "role_medium_universal",
+                  HEAVY: "role_heavy_assault", TD: "role_ATSPG_support", ARTY: "role_SPG"}
+MENU_ALL_KEY = "carousel_tank_filter/all"
+MENU_ALL_TEXT = "All"
+SEASONS = ("summer", "winter", "desert")
+
+# Where files go. "loose": below res/ as a file; a .pkg name: in that archive.
+# "plain": text XML; otherwise packed.
+LOOSE = "loose"
+
+
+@dataclass(frozen=True)
+class Vehicle:
+    model: str                 # element tag in list.xml, name of the vehicle file
+    name: str                  # display name (in the nation's catalogue)
+    category: str              # first word of tags
+    tier: object = None        # level; None: the element has no level
+    folder: str = ""           # model folder below DataPath, when not the tag
+    not_in_shop: bool = False
+    plain_file: bool = False   # vehicle file as text XML
+
+    @property
+    def model_folder(self):
+        return self.folder or self.model
+
+
+@dataclass(frozen=True)
+class Nation:
+    folder: str                # last folder of ResPath, lower case
+    data_name: str             # last folder of DataPath
+    display: str               # translation of #menu:nations/<folder>
+    vehicles: tuple
+    list_place: str = LOOSE    # LOOSE or an archive name
+    list_plain: bool = False
+    camo_plain: bool = False
+    defs_archive: str = ""     # archive of the vehicle files and components/guns.xml
+    armor_color: tuple = (90, 96, 70, 255)
+
+    @property
+    def res_path(self):
+        return f"scripts/item_defs/vehicles/{self.folder}"
+
+    @property
+    def data_path(self):
+        return f"vehicles/{self.data_name}"
+
+    @property
+    def catalogue(self):
+        return f"{self.folder}_vehicles"
+
+
+# Entries that a vehicle list holds but that are no vehicles of the table.
+OBSERVER = Vehicle("Observer", "Observer", LIGHT, 1)
+TRAINING_DUMMY = Vehicle("A00_training_dummy", "Training Dummy", LIGHT, 1)
+
+SAMPLE_NATIONS = (
+    Nation("ardenia", "Ardenia", "Ardenia", (
+        TRAINING_DUMMY,
+        Vehicle("A01_Talon", "Talon", LIGHT, 1),
+        Vehicle("A03_Kestrels_Wrath", "Kestrel's Wrath", TD, 3),
+        Vehicle("A05_Harrow", "Harrow", MEDIUM, 5),
+        Vehicle("A06_Corvid", "Corvid", ARTY, 6, not_in_shop=True),
+        Vehicle("A07_Bastion", "Bastion", HEAVY, 7),
+        Vehicle("A10_Falchion", "Falchion", MEDIUM, 10),
+        OBSERVER,
+    ), defs_archive="vehicles_level_01.pkg", armor_color=(96, 102, 72, 255)),
+    Nation("borvia", "Borvia", "Borvia", (
+        Vehicle("B01_Kestrel", "Kestrel", LIGHT, 1),
+        Vehicle("B02_Training_Hauler", "Training Hauler", LIGHT, 2),
+        Vehicle("B04_Skorpion", "Škorpion", TD, 4),
+        Vehicle("B05_Prototype", "Prototype", MEDIUM, None),
+        Vehicle("B06_Marauder", "Marauder", MEDIUM, 6),
+        Vehicle("B08_Sentinel", "Sentinel", HEAVY, 8),
+        Vehicle("B09_Hornet", "Hornet", ARTY, 9),
+        OBSERVER,
+    ), defs_archive="vehicles_level_01.pkg", armor_color=(84, 92, 88, 255)),
+    Nation("caldera", "Caldera", "Caldera", (
+        Vehicle("C02_Basilisk", "Basilisk", MEDIUM, 2),
+        Vehicle("C03_Wyvern_v2", "Wyvern", LIGHT, 3, folder="C03_Wyvern"),
+        Vehicle("C05_Ridgeback", "Ridgeback", HEAVY, 5),
+        Vehicle("C07_Cinder", "Cinder", ARTY, 7),
+        Vehicle("C08_Pike", "Pike", TD, 8),
+        Vehicle("C10_Halberd", "Halberd", HEAVY, 10),
+    ), list_place="shared_content.pkg", defs_archive="vehicles_level_02.pkg",
+        armor_color=(110, 98, 70, 255)),
+    Nation("drevnia", "Drevnia", "Drevnia", (
+        Vehicle("D02_Ironmoth", "Ironmoth", MEDIUM, 2),
+        Vehicle("D03_Zhuk", "Жук", LIGHT, 3),
+        Vehicle("D04_Gorge", "Gorge", ARTY, 4),
+        Vehicle("D07_Sentinel", "Sentinel", TD, 7),
+        Vehicle("D09_Vulture", "Vulture", HEAVY, 9),
+        Vehicle("D10_Anvil", "Anvil", TD, 10, plain_file=True),
+    ), list_plain=True, camo_plain=True, defs_archive="vehicles_level_02.pkg",
+        armor_color=(78, 88, 64, 255)),
+)
+
+# Scale >= 2: extra nations with this many vehicles per unit of scale, in
+# nations of at most BULK_VEHICLES_PER_NATION; their vehicle files and their
+# camouflage texture go into one more archive, listed last.
+BULK_VEHICLES_PER_SCALE = 8
+BULK_VEHICLES_PER_NATION = 40
+BULK_DEFS_PACKAGE = "bulk_vehicle_defs.pkg"
+
+
+def bulk_nations(scale):
+    if scale < 2:
+        return ()
+    total = scale * BULK_VEHICLES_PER_SCALE
+    count = -(-total // BULK_VEHICLES_PER_NATION)
+    categories = [key for key, _ in CATEGORIES]
+    nations = []
+    for n in range(count):
+        vehicles = []
+        for number in range(n * BULK_VEHICLES_PER_NATION,
+                            min(total, (n + 1) * BULK_VEHICLES_PER_NATION)):
+            codename = CODENAMES[number % len(CODENAMES)]
+            vehicles.append(Vehicle(f"Z{n:02d}_{number:04d}_{codename}",
+                                    f"{codename} {number:04d}",
+                                    categories[number % len(categories)],
+                                    1 + number % 10))
+        nations.append(Nation(f"bulk_nation_{n:02d}", f"Bulk_Nation_{n:02d}",
+                              f"Bulk Nation {n:02d}", tuple(vehicles),
+                              defs_archive=BULK_DEFS_PACKAGE,
+                              armor_color=(60 + n % 40, 80, 60, 255)))
+    return tuple(nations)
+
+
+def all_nations(scale):
+    return SAMPLE_NATIONS + bulk_nations(scale)
+
+
+def is_table_vehicle(vehicle):
+    """What the vehicle table keeps: no observer, no lower-case training entry."""
+    return vehicle.model != "Observer" and "training" not in vehicle.model
+
+
+def vehicle_list_tree(nation):
+    """list.xml: one child per vehicle, its tag the model name. Keys are
+    spelt as in the catalogue: a catalogue's hash table is built over the
+    exact bytes of each key, so a key in another case is found only when
+    its probe sequence happens to pass the entry."""
+    children = []
+    for v in nation.vehicles:
+        entry = [("userString", f"#{nation.catalogue}:{v.model}"),
+                 ("description", f"#{nation.catalogue}:{v.model}_descr")]
+        if v.tier is not None:
+            entry.append(("level", v.tier))
+        entry.append(("tags", f"{v.category} {CATEGORY_ROLES[v.category]}"))
+        if v.not_in_shop:
+            entry.append(("notInShop", True))
+        children.append((v.model, Element(None, entry)))
+    return Element(None, children)
+
+
+def gun_tag(vehicle):
+    return f"{vehicle.model}_Gun"
+
+
+def turret_tag(vehicle):
+    return f"{vehicle.model}_Turret"
+
+
+def vehicle_tree(nation, vehicle):
+    """A vehicle file: hull, chassis and one turret with one gun, with model
+    paths below DataPath/<model folder>, positions, hit points and armour."""
+    root = f"{nation.data_path}/{vehicle.model_folder}"
+    tier = vehicle.tier or 1
+
+    def models(part):
+        return {"undamaged": f"{root}/normal/lod0/{part}.model",
+                "destroyed": f"{root}/crash/lod0/{part}.model"}
+
+    def hit_tester(part, path=None):
+        return {"collisionModel": path or f"{root}/collision_client/{part}.model"}
+
+    digest = hashlib.sha256(f"{nation.folder}/{vehicle.model}".encode("utf-8")).digest()
+    hull = {
+        "models": models("Hull"),
+        "hitTester": hit_tester("Hull"),
+        "maxHealth": 120 + 60 * tier,
+        "turretPositions": {"turret": Floats(0.0, 1.1 + 0.05 * tier, -0.25)},
+        "emblemSlots": {"slot": {
+            "transform": Floats(1, 0, 0, 0, 1, 0, 0, 0, 1, 0.5, 1.25, 2.0),
+            "size": Floats(0.6),
+            "hideIfDamaged": True,
+        }},
+        "fingerprint": digest[:8],
+        "armor": Element(None, [
+            ("armor_1", 20 + 5 * tier),
+            ("armor_2", Floats(15.0 + 4 * tier)),
+            # spaced armour: a value of its own and a child element
+            ("armor_3", Element(8 + tier, {"vehicleDamageFactor": 0})),
+        ]),
+    }
+    chassis_collision = None
+    if vehicle.model == "A01_Talon":  # a doubled slash the reader folds
+        chassis_collision = f"{root}//collision_client/Chassis.model"
+    chassis = {f"{vehicle.model}_Chassis": {
+        "models": models("Chassis"),
+        "hitTester": hit_tester("Chassis", chassis_collision),
+        "maxHealth": 80 + 20 * tier,
+        "hullPosition": Floats(0.0, 0.38, 0.0),
+        "armor": {"leftTrack": 10, "rightTrack": 10},
+    }}
+    gun = Element("shared", {  # takes name and limits from components/guns.xml
+        "models": models("Gun_01"),
+        "hitTester": hit_tester("Gun_01"),
+        "armor": {"gun": 15 + 3 * tier},
+    })
+    turret = {
+        "userString": f"#{nation.catalogue}:{turret_tag(vehicle)}",
+        "models": models("Turret_01"),
+        "hitTester": hit_tester("Turret_01"),
+        "maxHealth": 60 + 15 * tier,
+        "gunPosition": Floats(0.0, 0.42, 0.95),
+        "guns": {gun_tag(vehicle): gun},
+        "armor": {"turret_front": 30 + 6 * tier, "turret_side": 20 + 4 * tier},
+    }
+    if vehicle.category in (TD, ARTY):
+        turret["yawLimits"] = "-12 12"
+    return {"hull": hull, "chassis": chassis, "turrets0": {turret_tag(vehicle): turret}}
+
+
+def guns_tree(nation):
+    """components/guns.xml: shared/<gun tag> with name and limits."""
+    shared = {}
+    for v in nation.vehicles:
+        entry = {"userString": f"#{nation.catalogue}:{gun_tag(v)}",
+                 "pitchLimits": "-20 8" if v.category != ARTY else "-45 0"}
+        if v.category in (TD, ARTY):
+            entry["turretYawLimits"] = "-12 12"
+        shared[gun_tag(v)] = entry
+    return {"shared": shared}
+
+
+def camo_texture_path(nation, season):
+    if nation.defs_archive == BULK_DEFS_PACKAGE:
+        return f"vehicles/camouflage/bulk/{season.capitalize()}_01.dds"
+    return f"vehicles/camouflage/{nation.folder}/{season.capitalize()}_01.dds"
+
+
+def camo_texture_archive(nation):
+    return BULK_DEFS_PACKAGE if nation.defs_archive == BULK_DEFS_PACKAGE else "shared_content.pkg"
+
+
+def camo_key(nation, season):
+    return f"camo/{nation.folder}_{season}"
+
+
+def customization_tree(nation):
+    """customization.xml: the nation's base colour and its patterns, one per
+    season, and an event pattern marked notInShop (false, which still counts)."""
+    patterns = []
+    tiled = [v.model for v in nation.vehicles if is_table_vehicle(v)][:3]
+    for number, season in enumerate(SEASONS):
+        base = 40 * number
+        patterns.append((f"{nation.folder}_{season}", {
+            "texture": camo_texture_path(nation, season),
+            "group": season,
+            "description": f"#{nation.catalogue}:{camo_key(nation, season)}",
+            "colors": {
+                "c0": Floats(60 + base, 70, 40, 255),
+                "c1": Floats(110, 100 + base, 60, 255),
+                "c2": Floats(30, 40, 30 + base, 255),
+                "c3": Floats(0, 0, 0, 0),
+            },
+            "tiling": {model: Floats(1.0 + 0.25 * i, 1.0, 0.0, 0.0)
+                       for i, model in enumerate(tiled)},
+        }))
+    patterns.append((f"{nation.folder}_event", {
+        "texture": camo_texture_path(nation, "summer"),
+        "group": "summer",
+        "description": f"#{nation.catalogue}:{camo_key(nation, 'event')}",
+        "notInShop": False,
+        "colors": {"c0": Floats(200, 20, 20, 255)},
+    }))
+    return {"armorColor": Floats(nation.armor_color), "camouflages": Element(None, patterns)}
+
+
+def dds_bytes(seed, size=8):
+    """An uncompressed 32-bit DDS texture (blue first in memory, then green,
+    red, alpha), each channel a different stripe pattern."""
+    header = bytearray(128)
+    header[0:4] = b"DDS "
+    struct.pack_into("<7I", header, 4, 124, 0x100F, size, size, size * 4, 0, 1)
+    struct.pack_into("<8I", header, 76, 32, 0x41, 0, 32,
+                     0x00FF0000, 0x0000FF00, 0x000000FF, 0xFF000000)
+    struct.pack_into("<I", header, 108, 0x1000)
+    rng = random.Random(seed)
+    shift = rng.randrange(size)
+    pixels = bytearray()
+    for y in range(size):
+        for x in range(size):
+            pixels += bytes((255 if (x + shift) % 4 < 2 else 0,
+                             255 if (y + shift) % 4 < 2 else 0,
+                             255 if (x + y) % 3 == 0 else 0,
+                             255 if (x * y + shift) % 5 == 0 else 0))
+    return bytes(header) + bytes(pixels)
+
+
+def item_types_tree():
+    return {"vehicle": {"tags": {key: {"userString": f"#item_types:{key}"}
+                                 for key, _ in CATEGORIES}}}
+
+
+def xml_file(name, tree, plain):
+    """The bytes of a file named name (root tag from its last component)."""
+    return plain_text(name.rsplit("/", 1)[-1], tree) if plain else encode(tree)
+
+
+def nation_files(nation):
+    """(res-relative name, bytes, place) of one nation's data files; place is
+    LOOSE or an archive name."""
+    files = [
+        (f"{nation.res_path}/list.xml",
+         xml_file("list.xml", vehicle_list_tree(nation), nation.list_plain), nation.list_place),
+        (f"{nation.res_path}/customization.xml",
+         xml_file("customization.xml", customization_tree(nation), nation.camo_plain), LOOSE),
+        (f"{nation.res_path}/components/guns.xml",
+         encode(guns_tree(nation)), nation.defs_archive),
+    ]
+    for v in nation.vehicles:
+        if v.model == "Observer":
+            continue
+        files.append((f"{nation.res_path}/{v.model}.xml",
+                      xml_file(f"{v.model}.xml", vehicle_tree(nation, v), v.plain_file),
+                      nation.defs_archive))
+    return files
+
+
+def game_data_members(nations, archive):
+    """Archive members of the game data that go into archive."""
+    members = [Member(name, data, DEFLATED)
+               for nation in nations for name, data, place in nation_files(nation)
+               if place == archive]
+    textures = {camo_texture_path(nation, season): None  # ordered, no repeats
+                for nation in nations if camo_texture_archive(nation) == archive
+                for season in SEASONS}
+    members += [Member(path, dds_bytes(path), STORED) for path in textures]
+    return members
+
+
+def write_game_data_files(res, nations):
+    """The loose game data below res/: item_types.xml and each nation's
+    loose files."""
+    path = res / "scripts" / "item_defs" / "item_types.xml"
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(encode(item_types_tree()))
+    for nation in nations:
+        for name, data, place in nation_files(nation):
+            if place == LOOSE:
+                target = res / name
+                target.parent.mkdir(parents=True, exist_ok=True)
+                target.write_bytes(data)
+
+
+def write_tank_list(path, nations):
+    """The program's list of nations: ResPath and DataPath of each, in order."""
+    lines = ['<?xml version="1.0" encoding="UTF-8"?>',
+             "<!-- The game's nations, in the order the vehicle table is built.",
+             "     ResPath: folder of the nation's list.xml and customization.xml below res/;",
+             "     DataPath: folder of its models below the archives' root. The list",
+             "     follows the installation that is read (the sample installation's",
+             "     nations). Every child node of the root is taken as a nation, so no",
+             "     comments go inside it. -->",
+             "<tank_list.cfg>"]
+    for nation in nations:
+        lines += [f" <{nation.folder}>",
+                  f"  <ResPath>{nation.res_path}</ResPath>",
+                  f"  <DataPath>{nation.data_path}</DataPath>",
+                  f" </{nation.folder}>"]
+    lines += ["</tank_list.cfg>", ""]
+    path.write_text("\n".join(lines), encoding="utf-8", newline="\n")
+
+
+# ---- text catalogues
+
+class GenerationError(Exception):
+    pass
+
+
+MSGFMT_MISSING = ("make_sample_game: 'msgfmt' (GNU gettext) is needed to compile the text "
+                  "catalogues but was not found; install the package 'gettext' "
+                  "(apt-get install -y gettext, or scripts/install-deps.sh)")
+
+
+def catalogues(nations):
+    """{catalogue name: [(key, text), ...]} of every .mo file to write."""
+    menu = [(MENU_ALL_KEY, MENU_ALL_TEXT)]
+    menu += [(f"nations/{n.folder}", n.display) for n in nations]
+    result = {"menu": menu, "item_types": list(CATEGORIES)}
+    for nation in nations:
+        entries = []
+        for v in nation.vehicles:
+            tier = "no tier" if v.tier is None else f"tier {v.tier}"
+            category = dict(CATEGORIES)[v.category].lower().rstrip("s")
+            entries += [
+                (v.model, v.name),
+                (f"{v.model}_descr", f"{v.name}: a {category} of {nation.display}, {tier}."),
+                (turret_tag(v), f"{v.name} turret"),
+                (gun_tag(v), f"{v.name} main gun"),
+            ]
+        entries += [(camo_key(nation, season), f"{nation.display} {season} pattern")
+                    for season in SEASONS + ("event",)]
+        result[nation.catalogue] = entries
+    return result
+
+
+def po_string(text):
+    escaped = (text.replace("\\", "\\\\").replace('"', '\\"')
+               .replace("\n", "\\n").replace("\t", "\\t"))
+    return f'"{escaped}"'
+
+
+def po_text(entries):
+    lines = ['msgid ""', 'msgstr ""',
+             '"Project-Id-Version: Ferrox sample installation\\n"',
+             '"Language: en\\n"',
+             '"MIME-Version: 1.0\\n"',
+             '"Content-Type: text/plain; charset=UTF-8\\n"',
+             '"Content-Transfer-Encoding: 8bit\\n"', ""]
+    for key, text in entries:
+        lines += [f"msgid {po_string(key)}", f"msgstr {po_string(text)}", ""]
+    return "\n".join(lines)
+
+
+def write_catalogues(folder, nations):
+    """Compiles one .mo per catalogue into folder with msgfmt; the .po sources
+    stay in a temporary folder."""
+    msgfmt = shutil.which("msgfmt")
+    if not msgfmt:
+        raise GenerationError(MSGFMT_MISSING)
+    folder.mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory(prefix="ferrox-po-") as temp:
+        for name, entries in catalogues(nations).items():
+            source = Path(temp) / f"{name}.po"
+            source.write_text(po_text(entries), encoding="utf-8", newline="\n")
+            result = subprocess.run([msgfmt, "-o", str(folder / f"{name}.mo"), str(source)],
+                                    capture_output=True, text=True)
+            if result.returncode != 0:
+                raise GenerationError(f"make_sample_game: msgfmt failed on {name}.po:\n"
+                                      + result.stderr)
 
 
 # ------------------------------------------------ bulk archives (scale >= 2)
@@ -400,6 +878,7 @@ def bulk_members(index):
 
 def generate(out, scale, with_broken):
     """Writes the whole installation into the (empty) folder out."""
+    nations = all_nations(scale)
     write_marker(out)
     write_version(out)
     res = out / "res"
@@ -414,18 +893,26 @@ def generate(out, scale, with_broken):
             name = bulk_package_name(index)
             write_package(packages_dir / name, bulk_members(index))
             listed.append(name)
+        write_package(packages_dir / BULK_DEFS_PACKAGE,
+                      game_data_members(bulk_nations(scale), BULK_DEFS_PACKAGE))
+        listed.append(BULK_DEFS_PACKAGE)
     write_loose_files(res)
+    write_game_data_files(res, nations)
+    write_catalogues(res / "text" / "LC_MESSAGES", nations)
     if with_broken:
         write_broken_package(packages_dir)
     write_resources_list(out / RESOURCES_LIST_NAME, listed)
+    write_tank_list(out / TANK_LIST_NAME, nations)
 
 
 def stamp_text(scale, with_broken):
     """Generator version, a digest of this script and the arguments: a stamp
     that matches means the folder already holds exactly this output."""
-    digest = hashlib.sha256(Path(__file__).read_bytes()).hexdigest()
+    digest = hashlib.sha256()
+    for source in GENERATOR_SOURCES:
+        digest.update((Path(__file__).resolve().parent / source).read_bytes())
     return (f"ferrox sample generator {GENERATOR_VERSION}\n"
-            f"script sha256 {digest}\n"
+            f"script sha256 {digest.hexdigest()}\n"
             f"scale {scale}\n"
             f"with-broken {int(with_broken)}\n")
 
@@ -452,7 +939,8 @@ def parse_arguments(argv):
     parser.add_argument("--out", required=True, type=Path, help="folder to write into")
     parser.add_argument("--scale", type=positive_int, default=1,
                         help="1: the small sample (default); N >= 2 adds N bulk "
-                             f"archives of {BULK_MEMBERS_PER_ARCHIVE} members each")
+                             f"archives of {BULK_MEMBERS_PER_ARCHIVE} members each and "
+                             f"{BULK_VEHICLES_PER_SCALE} * N vehicles in extra nations")
     parser.add_argument("--force", action="store_true",
                         help="rewrite even when the stamp says the folder is up to date")
     parser.add_argument("--with-broken", action="store_true",
@@ -478,13 +966,21 @@ def main(argv=None):
             print(f"make_sample_game: {out} is not empty and was not written by this "
                   "generator; refusing to replace its contents", file=sys.stderr)
             return 2
+    if not shutil.which("msgfmt"):  # before anything of an older run goes
+        print(MSGFMT_MISSING, file=sys.stderr)
+        return 3
+    if out.is_dir():
         clear_folder(out)
     out.mkdir(parents=True, exist_ok=True)
 
     # A stamp that matches no arguments marks the folder as ours while it is
     # written, so an interrupted run is redone by the next one.
     stamp_path.write_text("incomplete\n", encoding="utf-8")
-    generate(out, args.scale, args.with_broken)
+    try:
+        generate(out, args.scale, args.with_broken)
+    except GenerationError as error:
+        print(error, file=sys.stderr)
+        return 3
     stamp_path.write_text(wanted, encoding="utf-8", newline="\n")
     return 0
 

@@ -36,6 +36,9 @@ public:
     QIODevice* device() const { return input; }
 
 private:
+    // Reads count bytes into target, or fails with message.
+    bool readExactly(char* target, qint64 count, const char* message);
+
     QIODevice* input;
     bool hasFailed = false;
 };

@@ -21,7 +21,24 @@ public:
     // True after read() took the plain text path.
     bool plainText = false;
 
+    // Nested element records deeper than this end the read: no game file
+    // comes near it, and a forged file must not exhaust the stack.
+    static constexpr int MaxDepth = 64;
+
 private:
+    QDomDocument readPlainText();
+    bool readNames();
+    bool readElement(QDomDocument& document, QDomNode& node, int depth);
+    bool readValue(QDomDocument& document, QDomNode& node, int previousEnd, quint32 descriptor,
+                   int depth);
+    bool readString(QDomDocument& document, QDomNode& node, int length);
+    bool readInteger(QDomDocument& document, QDomNode& node, int length);
+    bool readFloats(QDomDocument& document, QDomNode& node, int length);
+    bool readBoolean(QDomDocument& document, QDomNode& node, int length);
+    bool readBlob(QDomDocument& document, QDomNode& node, int length);
+    // Shows the closing box and ends the read.
+    bool stop(const char* message);
+
     BinaryReader* reader;
     QVector<QString> names;
 };

@@ -43,6 +43,7 @@ int runFerrox(int& argc, char** argv, const StartOptions& options)
 
     MainWindow window;
     window.show();
+    application.initialiseScene();
 
     if (startupErrorPending()) {
         window.close();

@@ -1,17 +1,27 @@
 #include "MainApplication.h"
 
 #include "CommonMessages.h"
+#include "Database.h"
 #include "Environment.h"
 #include "FileManager.h"
 #include "Log.h"
+#include "MoReaderCached.h"
 #include "Settings.h"
 
 MainApplication::MainApplication(int& argc, char** argv) : QApplication(argc, argv) {}
+
+void MainApplication::initialiseScene()
+{
+    const Settings* settings = Settings::instance();
+    if (settings && settings->gavrelPathValid)
+        Database::instance()->rebuildDatabase();
+}
 
 void MainApplication::initialise()
 {
     new CommonMessages;
     new Log;
+    new MoReaderCached;
     new FileManager;
 
     // The archives open while the settings are read, so the game path's
@@ -22,6 +32,10 @@ void MainApplication::initialise()
     settings->loadOrCreate();
 
     Log::log(QStringLiteral("Gavrel Version: ") + gameVersionString(), Log::Info);
+
+    // Connects itself to the game path; its first rebuild waits for the
+    // window, whose start needs the table.
+    new Database;
     initialised = true;
 }
 
@@ -29,8 +43,10 @@ MainApplication::~MainApplication()
 {
     if (!initialised)
         return;
+    delete Database::instance();
     delete Settings::instance();
     delete FileManager::instance();
+    delete MoReaderCached::instance();
     delete Log::instance();
     delete commonMessages;
 }

@@ -17,9 +17,8 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     setWindowIcon(QIcon(QStringLiteral(":/icons/ferrox_ico_128.png")));
     resize(928, 1066);
     statusBar()->setObjectName(QStringLiteral("statusbar"));
-    setStatusMessageSink([this](const QString& text, int timeoutMs) {
-        statusBar()->showMessage(text, timeoutMs);
-    });
+    setStatusMessageSink(
+        [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 }
 
 MainWindow::~MainWindow()

@@ -1,1 +1,458 @@
-// (being written)
+// Message catalogues: real ones compiled by GNU msgfmt, and hand-made ones
+// with broken offsets and odd hash tables.
+
+#include "LogCapture.h"
+#include "MoFile.h"
+#include "MoReaderCached.h"
+#include "QtPrinters.h"
+#include "Settings.h"
+#include "TestRoot.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <utility>
+
+namespace {
+using Entries = QList<std::pair<QString, QString>>;
+
+QByteArray poQuoted(const QString& text)
+{
+    QByteArray bytes = text.toUtf8();
+    bytes.replace("\\", "\\\\").replace("\"", "\\\"").replace("\n", "\\n");
+    return '"' + bytes + '"';
+}
+
+// msgfmt is a declared build dependency: without it the test fails.
+QByteArray compilePo(const QByteArray& po, const QStringList& options = {})
+{
+    QTemporaryDir directory;
+    QFile source(directory.filePath(QStringLiteral("in.po")));
+    if (!source.open(QIODevice::WriteOnly) || source.write(po) != po.size()) {
+        ADD_FAILURE() << "cannot write the .po file";
+        return {};
+    }
+    source.close();
+
+    const QString output = directory.filePath(QStringLiteral("out.mo"));
+    QProcess msgfmt;
+    msgfmt.start(QStringLiteral("msgfmt"),
+                 options + QStringList{QStringLiteral("-o"), output, source.fileName()});
+    if (!msgfmt.waitForFinished(30000) || msgfmt.exitStatus() != QProcess::NormalExit ||
+        msgfmt.exitCode() != 0) {
+        ADD_FAILURE() << "msgfmt failed: " << msgfmt.errorString().toStdString() << " "
+                      << msgfmt.readAllStandardError().toStdString();
+        return {};
+    }
+    QFile compiled(output);
+    if (!compiled.open(QIODevice::ReadOnly)) {
+        ADD_FAILURE() << "msgfmt wrote no file";
+        return {};
+    }
+    return compiled.readAll();
+}
+
+QByteArray compileCatalogue(const Entries& entries, const QStringList& options = {})
+{
+    QByteArray po = "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n";
+    for (const auto& [key, text] : entries)
+        po += "\nmsgid " + poQuoted(key) + "\nmsgstr " + poQuoted(text) + "\n";
+    return compilePo(po, options);
+}
+
+// A catalogue laid out by hand: header, key table, translation table, hash
+// table and strings, with the hash hashSlots given directly.
+struct HandMadeCatalogue
+{
+    QStringList keys;
+    QStringList translations;
+    QList<quint32> hashSlots; // 0 = free, else entry number + 1
+    bool bigEndian = false;
+
+    QByteArray bytes() const
+    {
+        const quint32 count = quint32(keys.size());
+        const quint32 keyTable = 28;
+        const quint32 translationTable = keyTable + 8 * count;
+        const quint32 hashTable = translationTable + 8 * count;
+        quint32 stringStart = hashTable + 4 * quint32(hashSlots.size());
+
+        QByteArray out;
+        putWord(out, 0x950412DE);
+        for (const quint32 value :
+             {0u, count, keyTable, translationTable, quint32(hashSlots.size()), hashTable})
+            putWord(out, value);
+        QByteArray strings;
+        for (const QStringList* table : {&keys, &translations}) {
+            for (const QString& text : *table) {
+                const QByteArray utf8 = text.toUtf8();
+                putWord(out, quint32(utf8.size()));
+                putWord(out, stringStart + quint32(strings.size()));
+                strings += utf8 + '\0';
+            }
+        }
+        for (const quint32 slot : hashSlots)
+            putWord(out, slot);
+        return out + strings;
+    }
+
+    void putWord(QByteArray& out, quint32 value) const
+    {
+        char word[4];
+        if (bigEndian)
+            qToBigEndian(value, word);
+        else
+            qToLittleEndian(value, word);
+        out.append(word, 4);
+    }
+};
+
+void setWord(QByteArray& bytes, int offset, quint32 value)
+{
+    qToLittleEndian(value, bytes.data() + offset);
+}
+
+quint32 wordAt(const QByteArray& bytes, int offset)
+{
+    return qFromLittleEndian<quint32>(bytes.constData() + offset);
+}
+
+// Collects qDebug() lines while it lives.
+class DebugCapture
+{
+public:
+    DebugCapture()
+    {
+        lines().clear();
+        previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&,
+                                             const QString& message) { lines().append(message); });
+    }
+    ~DebugCapture() { qInstallMessageHandler(previous); }
+    static QStringList& lines()
+    {
+        static QStringList captured;
+        return captured;
+    }
+
+private:
+    QtMessageHandler previous = nullptr;
+};
+
+Entries manyEntries(int count)
+{
+    Entries entries;
+    for (int i = 0; i < count; ++i)
+        entries.append(
+            {QStringLiteral("vehicle_%1/name").arg(i), QStringLiteral("Fahrzeug %1 ä").arg(i)});
+    return entries;
+}
+} // namespace
+
+TEST(MoFileTest, FindsEveryEntryOfMsgfmtCataloguesInBothByteOrders)
+{
+    const Entries entries = manyEntries(300);
+    for (const QString& endianness : {QStringLiteral("little"), QStringLiteral("big")}) {
+        SCOPED_TRACE(endianness.toStdString());
+        const QByteArray bytes =
+            compileCatalogue(entries, {QStringLiteral("--endianness=") + endianness});
+        ASSERT_FALSE(bytes.isEmpty());
+        MoFile file;
+        ASSERT_TRUE(file.loadFromBytes(bytes));
+        EXPECT_EQ(file.stringCount, quint32(entries.size() + 1));
+        EXPECT_EQ(file.keys.size(), entries.size());
+        EXPECT_FALSE(file.keys.contains(QString()));
+        for (const auto& [key, text] : entries) {
+            QString translation;
+            ASSERT_TRUE(file.lookup(key, &translation)) << key.toStdString();
+            EXPECT_EQ(translation, text);
+            EXPECT_EQ(file.original(file.find(key)), key);
+        }
+        EXPECT_EQ(file.find(QStringLiteral("vehicle_300/name")), -1);
+        EXPECT_EQ(file.find(QStringLiteral("vehicle_1")), -1);
+    }
+}
+
+TEST(MoFileTest, KeysAndTextsKeepQuotesColonsAndUtf8)
+{
+    const Entries entries = {{QStringLiteral("it's \"quoted\""), QStringLiteral("Ölfass – \"x\"")},
+                             {QStringLiteral("nations/ardenia"), QStringLiteral("Ardenia")},
+                             {QStringLiteral("日本"), QStringLiteral("Japan")}};
+    MoFile file;
+    ASSERT_TRUE(file.loadFromBytes(compileCatalogue(entries)));
+    for (const auto& [key, text] : entries) {
+        QString translation;
+        EXPECT_TRUE(file.lookup(key, &translation)) << key.toStdString();
+        EXPECT_EQ(translation, text);
+    }
+}
+
+TEST(MoFileTest, ComparesKeysWithoutRegardToCaseAlongTheProbeChain)
+{
+    // With one slot every key's probe lands on the entry, so only the
+    // comparison decides.
+    HandMadeCatalogue catalogue{{QString(), QStringLiteral("Hello")},
+                                {QStringLiteral("header"), QStringLiteral("Hallo")},
+                                {2}};
+    MoFile file;
+    ASSERT_TRUE(file.loadFromBytes(catalogue.bytes()));
+    QString translation;
+    EXPECT_TRUE(file.lookup(QStringLiteral("HELLO"), &translation));
+    EXPECT_EQ(translation, QStringLiteral("Hallo"));
+    EXPECT_TRUE(file.lookup(QStringLiteral("hello"), &translation));
+    EXPECT_FALSE(file.lookup(QStringLiteral("Hell"), &translation));
+}
+
+TEST(MoFileTest, StringsEndAtTheirZeroOrTheirRecordedLength)
+{
+    HandMadeCatalogue catalogue{
+        {QString(), QStringLiteral("key")}, {QString(), QStringLiteral("abcdef")}, {2}};
+    QByteArray bytes = catalogue.bytes();
+    // Translation table entry 1: shorten "abcdef" to its first three bytes.
+    const int translationEntry = int(wordAt(bytes, 16)) + 8;
+    setWord(bytes, translationEntry, 3);
+    MoFile file;
+    ASSERT_TRUE(file.loadFromBytes(bytes));
+    EXPECT_EQ(file.translation(1), QStringLiteral("abc"));
+
+    EXPECT_EQ(file.original(5), QString());
+    EXPECT_EQ(file.original(-1), QString());
+
+    // A plural entry holds "singular\0plural" in one string, its texts
+    // likewise: the key and the translation are the first of each.
+    MoFile plural;
+    ASSERT_TRUE(plural.loadFromBytes(
+        compilePo("msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n"
+                  "Plural-Forms: nplurals=2; plural=(n != 1);\\n\"\n\n"
+                  "msgid \"one shell\"\nmsgid_plural \"%d shells\"\n"
+                  "msgstr[0] \"eine Granate\"\nmsgstr[1] \"%d Granaten\"\n")));
+    QString translation;
+    EXPECT_TRUE(plural.lookup(QStringLiteral("one shell"), &translation));
+    EXPECT_EQ(translation, QStringLiteral("eine Granate"));
+    EXPECT_EQ(plural.keys, QStringList{QStringLiteral("one shell")});
+}
+
+TEST(MoFileTest, ProbingEndsInTablesWithoutAFreeSlot)
+{
+    // S = 1, S = 2 (no usable second hash) and S = 4 with every slot used:
+    // a key that is missing must end the probe, not spin.
+    const QStringList keys = {QString(), QStringLiteral("a"), QStringLiteral("b"),
+                              QStringLiteral("c"), QStringLiteral("d")};
+    const QStringList texts = {QString(), QStringLiteral("A"), QStringLiteral("B"),
+                               QStringLiteral("C"), QStringLiteral("D")};
+    for (const QList<quint32>& hashSlots :
+         {QList<quint32>{3}, QList<quint32>{2, 3}, QList<quint32>{2, 3, 4, 5},
+          QList<quint32>{5, 5, 5, 5, 5, 5, 5}}) {
+        SCOPED_TRACE(hashSlots.size());
+        MoFile file;
+        ASSERT_TRUE(file.loadFromBytes(HandMadeCatalogue{keys, texts, hashSlots}.bytes()));
+        for (int i = 0; i < 200; ++i)
+            EXPECT_EQ(file.find(QStringLiteral("missing%1").arg(i)), -1);
+    }
+
+    // With all four keys in four hashSlots, each of them is reached.
+    MoFile full;
+    ASSERT_TRUE(full.loadFromBytes(HandMadeCatalogue{keys, texts, {1, 2, 3, 4, 5}}.bytes()));
+    for (int i = 1; i < keys.size(); ++i) {
+        QString translation;
+        EXPECT_TRUE(full.lookup(keys[i], &translation)) << keys[i].toStdString();
+        EXPECT_EQ(translation, texts[i]);
+    }
+}
+
+TEST(MoFileTest, ReadsHandMadeBigEndianCatalogues)
+{
+    HandMadeCatalogue catalogue{
+        {QString(), QStringLiteral("key")}, {QStringLiteral("h"), QStringLiteral("value")}, {2}};
+    catalogue.bigEndian = true;
+    MoFile file;
+    ASSERT_TRUE(file.loadFromBytes(catalogue.bytes()));
+    EXPECT_EQ(file.hashSize, 1u);
+    QString translation;
+    EXPECT_TRUE(file.lookup(QStringLiteral("key"), &translation));
+    EXPECT_EQ(translation, QStringLiteral("value"));
+}
+
+// Each case breaks one field of a valid msgfmt catalogue; the load must fail
+// with its debug line and leave the object empty.
+TEST(MoFileTest, RejectsEveryOffsetOrLengthOutsideTheFile)
+{
+    const QByteArray valid = compileCatalogue(manyEntries(5));
+    ASSERT_GE(valid.size(), 28);
+    const int size = valid.size();
+    const int keyTable = int(wordAt(valid, 12));
+    const int translationTable = int(wordAt(valid, 16));
+    const int hashTable = int(wordAt(valid, 24));
+    const int hashSize = int(wordAt(valid, 20));
+
+    struct Case
+    {
+        const char* name;
+        std::function<void(QByteArray&)> corrupt;
+        const char* debugLine;
+    };
+    const QList<Case> cases = {
+        {"empty file", [](QByteArray& b) { b.clear(); }, "Magic failed."},
+        {"bad magic", [](QByteArray& b) { setWord(b, 0, 0x12345678); }, "Magic failed."},
+        {"header cut", [](QByteArray& b) { b.truncate(20); }, nullptr},
+        {"no hash table", [](QByteArray& b) { setWord(b, 20, 0); }, "Hash table empty."},
+        {"key table past end", [=](QByteArray& b) { setWord(b, 12, quint32(size - 8)); }, nullptr},
+        {"translation table past end", [=](QByteArray& b) { setWord(b, 16, quint32(size)); },
+         nullptr},
+        {"table offset wraps", [](QByteArray& b) { setWord(b, 12, 0xFFFFFFF8u); }, nullptr},
+        {"huge string count", [](QByteArray& b) { setWord(b, 8, 0x7FFFFFFFu); }, nullptr},
+        {"key offset past end", [=](QByteArray& b) { setWord(b, keyTable + 8 + 4, quint32(size)); },
+         nullptr},
+        {"key length past end", [=](QByteArray& b) { setWord(b, keyTable + 16, quint32(size)); },
+         nullptr},
+        {"translation offset wraps",
+         [=](QByteArray& b) { setWord(b, translationTable + 12, 0xFFFFFFFFu); }, nullptr},
+        {"hash table past end",
+         [=](QByteArray& b) { setWord(b, 24, quint32(size - 4 * hashSize + 4)); }, nullptr},
+        {"hash size too large", [](QByteArray& b) { setWord(b, 20, 0x40000000u); }, nullptr},
+        {"hash slot names no entry",
+         [=](QByteArray& b) { setWord(b, hashTable, wordAt(b, 8) + 1); }, nullptr},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        QByteArray bytes = valid;
+        test.corrupt(bytes);
+        DebugCapture debug;
+        MoFile file;
+        EXPECT_FALSE(file.loadFromBytes(bytes));
+        EXPECT_FALSE(file.isLoaded());
+        EXPECT_TRUE(file.keys.isEmpty());
+        EXPECT_EQ(file.find(QStringLiteral("vehicle_1/name")), -1);
+        if (test.debugLine)
+            EXPECT_TRUE(DebugCapture::lines().contains(QLatin1String(test.debugLine)))
+                << DebugCapture::lines().join('|').toStdString();
+        else
+            EXPECT_FALSE(DebugCapture::lines().isEmpty());
+    }
+
+    MoFile file;
+    EXPECT_TRUE(file.loadFromBytes(valid));
+}
+
+TEST(MoFileTest, MissingFileFailsWithItsPath)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("absent.mo"));
+    DebugCapture debug;
+    MoFile file;
+    EXPECT_FALSE(file.load(path));
+    EXPECT_TRUE(DebugCapture::lines().contains(QStringLiteral("Failed to open file: ") + path));
+}
+
+namespace {
+class MoReaderCachedTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        settings.gavrelPath = game.path();
+        log.lines.clear();
+    }
+
+    void writeCatalogue(const QString& name, const Entries& entries)
+    {
+        const QByteArray bytes = compileCatalogue(entries);
+        ASSERT_FALSE(bytes.isEmpty());
+        game.writeFile(QStringLiteral("res/text/LC_MESSAGES/") + name + QStringLiteral(".mo"),
+                       bytes);
+    }
+
+    QString cataloguePath(const QString& name) const
+    {
+        return QDir::toNativeSeparators(game.path() + QStringLiteral("/res/text/LC_MESSAGES/") +
+                                        name + QStringLiteral(".mo"));
+    }
+
+    GameTree game;
+    LogCapture log;
+    Settings settings{QString()};
+    MoReaderCached reader;
+};
+} // namespace
+
+TEST_F(MoReaderCachedTest, TextsWithoutAColonComeBackUntouched)
+{
+    EXPECT_EQ(reader.translate(QStringLiteral("Plain name")), QStringLiteral("Plain name"));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu")), QStringLiteral("#menu"));
+    EXPECT_EQ(reader.translate(QString()), QString());
+    EXPECT_TRUE(reader.currentPath().isEmpty());
+    EXPECT_TRUE(log.lines.isEmpty());
+}
+
+TEST_F(MoReaderCachedTest, ReadsTheNamedCatalogueAndIgnoresFurtherParts)
+{
+    ASSERT_NO_FATAL_FAILURE(writeCatalogue(
+        QStringLiteral("menu"), {{QStringLiteral("nations/ardenia"), QStringLiteral("Ardenia")},
+                                 {QStringLiteral("a"), QStringLiteral("first")}}));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:nations/ardenia")), QStringLiteral("Ardenia"));
+    EXPECT_EQ(reader.currentPath(), cataloguePath(QStringLiteral("menu")));
+    // Every "#" goes from the catalogue's name; parts after a second ":" are unused.
+    EXPECT_EQ(reader.translate(QStringLiteral("me#nu#:a:ignored")), QStringLiteral("first"));
+    EXPECT_TRUE(log.lines.isEmpty()) << log.lines.join('|').toStdString();
+}
+
+TEST_F(MoReaderCachedTest, MissingKeyComesBackWithAWarning)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        writeCatalogue(QStringLiteral("menu"), {{QStringLiteral("a"), QStringLiteral("A")}}));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:nations/nowhere")),
+              QStringLiteral("nations/nowhere"));
+    EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Could not translate: nations/nowhere")));
+}
+
+TEST_F(MoReaderCachedTest, UnreadableCatalogueGivesEmptyTextAndKeepsTheOneInMemory)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        writeCatalogue(QStringLiteral("menu"), {{QStringLiteral("a"), QStringLiteral("A")}}));
+    game.writeFile(QStringLiteral("res/text/LC_MESSAGES/broken.mo"), "not a catalogue");
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("A"));
+
+    QFile::remove(cataloguePath(QStringLiteral("menu")));
+    EXPECT_EQ(reader.translate(QStringLiteral("#absent:a")), QString());
+    EXPECT_EQ(reader.translate(QStringLiteral("#broken:a")), QString());
+    EXPECT_EQ(reader.currentPath(), cataloguePath(QStringLiteral("menu")));
+    // The removed file's keys still come from memory.
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("A"));
+    EXPECT_FALSE(log.contains(QStringLiteral("[Warning] Could not translate: a")));
+}
+
+TEST_F(MoReaderCachedTest, ChangingCatalogueReadsTheFileAgain)
+{
+    ASSERT_NO_FATAL_FAILURE(
+        writeCatalogue(QStringLiteral("menu"), {{QStringLiteral("a"), QStringLiteral("old")}}));
+    ASSERT_NO_FATAL_FAILURE(writeCatalogue(QStringLiteral("vehicles"),
+                                           {{QStringLiteral("a"), QStringLiteral("tank")}}));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("old"));
+
+    // Same catalogue: the rewritten file is not read.
+    ASSERT_NO_FATAL_FAILURE(
+        writeCatalogue(QStringLiteral("menu"), {{QStringLiteral("a"), QStringLiteral("new")}}));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("old"));
+
+    EXPECT_EQ(reader.translate(QStringLiteral("#vehicles:a")), QStringLiteral("tank"));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("new"));
+}
+
+TEST_F(MoReaderCachedTest, FollowsTheGamePath)
+{
+    ASSERT_NO_FATAL_FAILURE(writeCatalogue(QStringLiteral("menu"),
+                                           {{QStringLiteral("a"), QStringLiteral("first game")}}));
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("first game"));
+
+    GameTree other;
+    const QByteArray bytes =
+        compileCatalogue({{QStringLiteral("a"), QStringLiteral("second game")}});
+    other.writeFile(QStringLiteral("res/text/LC_MESSAGES/menu.mo"), bytes);
+    settings.gavrelPath = other.path();
+    EXPECT_EQ(reader.translate(QStringLiteral("#menu:a")), QStringLiteral("second game"));
+}

@@ -52,6 +52,7 @@ protected:
         options.applicationDirectory = root.binDirectory();
         options.onStarted = [this](MainWindow& window) {
             windowSeenRunning = mainWindow == &window && window.statusBar() != nullptr;
+            statusMessage = window.statusBar()->currentMessage();
             QTimer::singleShot(0, &window, &QWidget::close);
         };
         const int code = runFerrox(argc, argv, options);
@@ -62,6 +63,7 @@ protected:
     TestRoot root;
     MessageBoxRecorder boxes;
     bool windowSeenRunning = false;
+    QString statusMessage;
 };
 } // namespace
 
@@ -85,7 +87,19 @@ TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
         lines.contains(QStringLiteral("[ Info ] Adding file archive: " FERROX_SAMPLE_GAME_DIR
                                       "/res/packages/shared_content.pkg")));
     EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: v.0.9.14 #417")));
+
+    // The vehicle table is built once the window stands, and goes before the log.
+    const int creating =
+        int(lines.indexOf(QStringLiteral("[ Info ] Creating connection to database.")));
+    const int building = int(lines.indexOf(QStringLiteral("[ Info ] Building database.")));
+    EXPECT_GT(creating, 0);
+    EXPECT_GT(building, creating);
+    EXPECT_EQ(lines.filter(QStringLiteral("[ Info ] Database rebuilt in: ")).size(), 1);
+    EXPECT_EQ(statusMessage, QStringLiteral("Database rebuilt."));
+    ASSERT_GE(lines.size(), 2);
+    EXPECT_EQ(lines[lines.size() - 2], QStringLiteral("[ Info ] Database shutdown."));
     EXPECT_EQ(lines.last(), QStringLiteral("[ Info ] Log shutting down."));
+    EXPECT_EQ(lines.filter(QStringLiteral("[ Error ]")), QStringList());
     EXPECT_EQ(lines.filter(QStringLiteral("[ Warning ]")), QStringList());
 }
 
@@ -100,6 +114,7 @@ TEST_F(StartupTest, FirstRunWritesSettingsAndOpensNoArchives)
     EXPECT_TRUE(lines.contains(
         QStringLiteral("[ Warning ] Could not locate settings file, creating a new one.")));
     EXPECT_FALSE(lines.contains(QStringLiteral("[ Info ] Loading zip archives.")));
+    EXPECT_FALSE(lines.contains(QStringLiteral("[ Info ] Building database.")));
     EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: Gavrel not found")));
 }
 

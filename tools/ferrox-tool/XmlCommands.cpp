@@ -1,9 +1,102 @@
 #include "XmlCommands.h"
 
+#include "BinaryReader.h"
+#include "FileManager.h"
+#include "MessageBoxes.h"
+#include "PackedXmlReader.h"
 #include "ToolContext.h"
 
-int xmlCommand(const ToolArguments&)
+#include <QBuffer>
+#include <QDomDocument>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+bool closingBoxSeen = false;
+
+// The reader's closing boxes become lines on standard error; any of them
+// means Ferrox would have ended, so the command fails.
+int answerOnStandardError(const MessageBoxRequest& request)
 {
-    printError(QStringLiteral("xml: not built yet"));
-    return 2;
+    if (request.icon == QMessageBox::Critical)
+        closingBoxSeen = true;
+    printError(request.text);
+    return QMessageBox::Ok;
+}
+
+// A file on disk, in memory as Ferrox holds every file it reads.
+std::unique_ptr<QIODevice> openDiskFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    auto buffer = std::make_unique<QBuffer>();
+    buffer->setData(file.readAll());
+    buffer->open(QIODevice::ReadOnly);
+    return buffer;
+}
+
+// Reads the document, prints it, and gives the exit code.
+int printDocument(QIODevice& device, const QString& name)
+{
+    setMessageBoxHandler(answerOnStandardError);
+    BinaryReader binary(&device);
+    PackedXmlReader reader(&binary);
+    const QDomDocument document = reader.read(name);
+    setMessageBoxHandler({});
+
+    // What was read before a fault is still worth seeing.
+    const QByteArray text = document.toString(1).toUtf8();
+    std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+    std::fflush(stdout);
+
+    if (closingBoxSeen)
+        return 1;
+    if (document.documentElement().isNull()) {
+        printError(QStringLiteral("Not a readable XML document: ") + name);
+        return 1;
+    }
+    return 0;
+}
+} // namespace
+
+int xmlCommand(const ToolArguments& arguments)
+{
+    if (arguments.positional.size() < 1 || arguments.positional.size() > 2) {
+        printError(QStringLiteral(
+            "usage: ferrox-tool xml FILE_OR_NAME [GAME_DIR] [--mod DIR] [--resources FILE]"));
+        return 2;
+    }
+    QString name = arguments.positional[0];
+
+    if (arguments.positional.size() == 1) {
+        std::unique_ptr<QIODevice> device = openDiskFile(name);
+        if (!device) {
+            printError(QStringLiteral("Cannot open file: ") + name);
+            return 1;
+        }
+        return printDocument(*device, name);
+    }
+
+    // The context moves to the program's folder; a file named from where the
+    // tool was started must keep pointing at that file.
+    if (QFileInfo(name).isFile())
+        name = QFileInfo(name).absoluteFilePath();
+    ToolContext context(arguments.positional[1], arguments);
+    if (!context.gameDirectoryValid()) {
+        printError(QStringLiteral("Not a Gavrel installation (no Gavrel.exe): ") +
+                   context.gameDirectory());
+        return 1;
+    }
+    std::unique_ptr<QIODevice> device(context.files().getFile(name));
+    if (!device) {
+        printError(
+            QStringLiteral("Not found in the mod folder, the game's res folder or any archive: ") +
+            name);
+        return 1;
+    }
+    return printDocument(*device, name);
 }

@@ -4,8 +4,8 @@
 #include "ArchiveCommands.h"
 #include "GameTextCommands.h"
 #include "SettingsCommands.h"
-#include "XmlCommands.h"
 #include "ToolContext.h"
+#include "XmlCommands.h"
 
 #include <QCoreApplication>
 
