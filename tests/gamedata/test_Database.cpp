@@ -6,6 +6,7 @@
 #include "LogCapture.h"
 #include "MessageBoxRecorder.h"
 #include "MoReaderCached.h"
+#include "Msgfmt.h"
 #include "QtPrinters.h"
 #include "Settings.h"
 #include "StartupError.h"
@@ -26,40 +27,8 @@
 #include <utility>
 
 namespace {
-using Entries = QList<std::pair<QString, QString>>;
+using Entries = CatalogueEntries;
 using Rows = QList<QStringList>;
-
-QByteArray poQuoted(const QString& text)
-{
-    QByteArray bytes = text.toUtf8();
-    bytes.replace("\\", "\\\\").replace("\"", "\\\"");
-    return '"' + bytes + '"';
-}
-
-// msgfmt is a declared build dependency: without it the test fails.
-QByteArray compileCatalogue(const Entries& entries)
-{
-    QTemporaryDir directory;
-    QByteArray po = "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n";
-    for (const auto& [key, text] : entries)
-        po += "\nmsgid " + poQuoted(key) + "\nmsgstr " + poQuoted(text) + "\n";
-    QFile source(directory.filePath(QStringLiteral("in.po")));
-    if (!source.open(QIODevice::WriteOnly) || source.write(po) != po.size()) {
-        ADD_FAILURE() << "cannot write the .po file";
-        return {};
-    }
-    source.close();
-    const QString output = directory.filePath(QStringLiteral("out.mo"));
-    QProcess msgfmt;
-    msgfmt.start(QStringLiteral("msgfmt"), {QStringLiteral("-o"), output, source.fileName()});
-    if (!msgfmt.waitForFinished(30000) || msgfmt.exitStatus() != QProcess::NormalExit ||
-        msgfmt.exitCode() != 0) {
-        ADD_FAILURE() << "msgfmt failed: " << msgfmt.errorString().toStdString();
-        return {};
-    }
-    QFile compiled(output);
-    return compiled.open(QIODevice::ReadOnly) ? compiled.readAll() : QByteArray();
-}
 
 // Every row of an executed query, all columns as text; takes ownership.
 Rows readRows(QSqlQuery* query)

@@ -4,6 +4,7 @@
 #include "LogCapture.h"
 #include "MoFile.h"
 #include "MoReaderCached.h"
+#include "Msgfmt.h"
 #include "QtPrinters.h"
 #include "Settings.h"
 #include "TestRoot.h"
@@ -20,51 +21,7 @@
 #include <utility>
 
 namespace {
-using Entries = QList<std::pair<QString, QString>>;
-
-QByteArray poQuoted(const QString& text)
-{
-    QByteArray bytes = text.toUtf8();
-    bytes.replace("\\", "\\\\").replace("\"", "\\\"").replace("\n", "\\n");
-    return '"' + bytes + '"';
-}
-
-// msgfmt is a declared build dependency: without it the test fails.
-QByteArray compilePo(const QByteArray& po, const QStringList& options = {})
-{
-    QTemporaryDir directory;
-    QFile source(directory.filePath(QStringLiteral("in.po")));
-    if (!source.open(QIODevice::WriteOnly) || source.write(po) != po.size()) {
-        ADD_FAILURE() << "cannot write the .po file";
-        return {};
-    }
-    source.close();
-
-    const QString output = directory.filePath(QStringLiteral("out.mo"));
-    QProcess msgfmt;
-    msgfmt.start(QStringLiteral("msgfmt"),
-                 options + QStringList{QStringLiteral("-o"), output, source.fileName()});
-    if (!msgfmt.waitForFinished(30000) || msgfmt.exitStatus() != QProcess::NormalExit ||
-        msgfmt.exitCode() != 0) {
-        ADD_FAILURE() << "msgfmt failed: " << msgfmt.errorString().toStdString() << " "
-                      << msgfmt.readAllStandardError().toStdString();
-        return {};
-    }
-    QFile compiled(output);
-    if (!compiled.open(QIODevice::ReadOnly)) {
-        ADD_FAILURE() << "msgfmt wrote no file";
-        return {};
-    }
-    return compiled.readAll();
-}
-
-QByteArray compileCatalogue(const Entries& entries, const QStringList& options = {})
-{
-    QByteArray po = "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n";
-    for (const auto& [key, text] : entries)
-        po += "\nmsgid " + poQuoted(key) + "\nmsgstr " + poQuoted(text) + "\n";
-    return compilePo(po, options);
-}
+using Entries = CatalogueEntries;
 
 // A catalogue laid out by hand: header, key table, translation table, hash
 // table and strings, with the hash hashSlots given directly.

@@ -3,6 +3,7 @@
 
 #include "QtPrinters.h"
 #include "TestRoot.h"
+#include "ToolRunner.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -11,24 +12,6 @@
 
 namespace {
 const QString sampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
-
-struct ToolResult
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-ToolResult runTool(const QStringList& arguments, const QString& workingDirectory = QString())
-{
-    QProcess process;
-    if (!workingDirectory.isEmpty())
-        process.setWorkingDirectory(workingDirectory);
-    process.start(QStringLiteral(FERROX_BIN_DIR "/ferrox-tool"), arguments);
-    process.waitForFinished(60000);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 QList<QStringList> rows(const QByteArray& out)
 {

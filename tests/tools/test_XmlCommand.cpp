@@ -3,6 +3,7 @@
 
 #include "QtPrinters.h"
 #include "TestRoot.h"
+#include "ToolRunner.h"
 #include "ZipBuilder.h"
 
 #include <QDir>
@@ -13,23 +14,9 @@
 #include <gtest/gtest.h>
 
 namespace {
-struct ToolResult
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
 ToolResult runXml(const QStringList& arguments, const QString& workingDirectory = QString())
 {
-    QProcess process;
-    if (!workingDirectory.isEmpty())
-        process.setWorkingDirectory(workingDirectory);
-    process.start(QStringLiteral(FERROX_BIN_DIR "/ferrox-tool"),
-                  QStringList{QStringLiteral("xml")} + arguments);
-    process.waitForFinished(60000);
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            process.readAllStandardOutput(), process.readAllStandardError()};
+    return runTool(QStringList{QStringLiteral("xml")} + arguments, workingDirectory);
 }
 
 // Root "x", one child "a" holding the integer 5: the smallest packed file

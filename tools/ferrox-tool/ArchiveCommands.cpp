@@ -52,14 +52,6 @@ void listArchiveMembers(FileManager& files, const QString& substring)
     }
 }
 
-bool checkGameDirectory(const ToolContext& context)
-{
-    if (context.gameDirectoryValid())
-        return true;
-    printError(QStringLiteral("Not a Gavrel installation (no Gavrel.exe): ") +
-               context.gameDirectory());
-    return false;
-}
 } // namespace
 
 int listCommand(const ToolArguments& arguments)
@@ -69,7 +61,7 @@ int listCommand(const ToolArguments& arguments)
         return 2;
     }
     ToolContext context(arguments.positional[0], arguments);
-    if (!checkGameDirectory(context))
+    if (!context.requireGameDirectory())
         return 1;
     const QString substring = arguments.positional.value(1);
     listLooseFiles(context.gameDirectory(), substring);
@@ -85,7 +77,7 @@ int catCommand(const ToolArguments& arguments)
         return 2;
     }
     ToolContext context(arguments.positional[0], arguments);
-    if (!checkGameDirectory(context))
+    if (!context.requireGameDirectory())
         return 1;
 
     const QString name = arguments.positional[1];

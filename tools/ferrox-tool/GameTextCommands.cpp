@@ -33,15 +33,6 @@ void logToStandardError()
     });
 }
 
-bool checkGameDirectory(const ToolContext& context)
-{
-    if (context.gameDirectoryValid())
-        return true;
-    printError(QStringLiteral("Not a Gavrel installation (no Gavrel.exe): ") +
-               context.gameDirectory());
-    return false;
-}
-
 // One table row on one line: a tab or line break inside a value becomes a
 // blank, so that the columns stay apart.
 QString rowText(const QSqlQuery& query)
@@ -72,7 +63,7 @@ int translateCommand(const ToolArguments& arguments)
         return 2;
     }
     ToolContext context(arguments.positional[0], arguments);
-    if (!checkGameDirectory(context))
+    if (!context.requireGameDirectory())
         return 1;
     logToStandardError();
     MoReaderCached reader;
@@ -88,7 +79,7 @@ int tanksCommand(const ToolArguments& arguments)
         return 2;
     }
     ToolContext context(arguments.positional[0], arguments);
-    if (!checkGameDirectory(context))
+    if (!context.requireGameDirectory())
         return 1;
     logToStandardError();
     resetStartupState();

@@ -95,6 +95,14 @@ bool ToolContext::gameDirectoryValid() const
     return settings->gavrelPathValid;
 }
 
+bool ToolContext::requireGameDirectory() const
+{
+    if (gameDirectoryValid())
+        return true;
+    printError(QStringLiteral("Not a Gavrel installation (no Gavrel.exe): ") + gameDirectory());
+    return false;
+}
+
 QString ToolContext::gameDirectory() const
 {
     return settings->gavrelPath;

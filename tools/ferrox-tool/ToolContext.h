@@ -38,6 +38,8 @@ public:
     ~ToolContext();
 
     bool gameDirectoryValid() const;
+    // True for a game folder; otherwise says why on standard error.
+    bool requireGameDirectory() const;
     FileManager& files() { return *fileManager; }
     QString gameDirectory() const;
 

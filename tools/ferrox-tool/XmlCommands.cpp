@@ -86,11 +86,8 @@ int xmlCommand(const ToolArguments& arguments)
     if (QFileInfo(name).isFile())
         name = QFileInfo(name).absoluteFilePath();
     ToolContext context(arguments.positional[1], arguments);
-    if (!context.gameDirectoryValid()) {
-        printError(QStringLiteral("Not a Gavrel installation (no Gavrel.exe): ") +
-                   context.gameDirectory());
+    if (!context.requireGameDirectory())
         return 1;
-    }
     std::unique_ptr<QIODevice> device(context.files().getFile(name));
     if (!device) {
         printError(
