@@ -76,4 +76,16 @@ signals:
     void cameraPositionZChanged(double);
     void cameraTypeIndexChanged(int);
     void cameraViewIndexChanged(int);
+
+private:
+    // The camera turns to the rotation as the dock shows it: clamped to
+    // -180..180 and rounded to one decimal, i.e. in 0.1 degree steps. The
+    // stored rotation keeps its full value so small steps still add up.
+    void applyOrientation();
+    void emitRotation();
+    void emitPosition(const Vector3& value);
+    void orbit(double dx, double dy);
+    void pan(double dx, double dy);
+    void roll(double dy);
+    void setPosition(int axis, double value);
 };

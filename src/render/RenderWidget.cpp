@@ -1,1 +1,715 @@
-// (being written)
+#include "RenderWidget.h"
+
+#include "Database.h"
+#include "FileDialogs.h"
+#include "GlErrors.h"
+#include "Log.h"
+#include "MatrixStack.h"
+#include "MessageBoxes.h"
+#include "Settings.h"
+#include "ShaderLoader.h"
+#include "StartupError.h"
+#include "StatusMessages.h"
+
+#include <QAbstractSlider>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLFunctions_3_2_Core>
+#include <QOpenGLVersionFunctionsFactory>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+#ifdef Q_OS_LINUX
+#include <pthread.h>
+#include <sched.h>
+#endif
+
+namespace {
+
+constexpr float ambientScale = 0.003921569f;
+
+// Keeps the frame's timer readings on one core, as the frame statistics
+// expect: the GUI thread runs on the lowest CPU the process may use.
+void pinToLowestCpu()
+{
+#ifdef Q_OS_LINUX
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    if (sched_getaffinity(0, sizeof(allowed), &allowed) != 0)
+        return;
+    for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
+        if (!CPU_ISSET(cpu, &allowed))
+            continue;
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(cpu, &one);
+        pthread_setaffinity_np(pthread_self(), sizeof(one), &one);
+        return;
+    }
+#endif
+}
+
+// A failure that ends the program. Before the event loop it becomes the
+// start-up error, which start-up shows before it stops (a quit asked for
+// now would be lost); an error already pending is the cause of this one
+// (no data folder, no shaders) and stays the only text. Later it is the
+// closing box.
+void reportFatal(const QString& text)
+{
+    Log::log(text, Log::Error);
+    if (startupFinished())
+        fatalError(text);
+    else if (!startupErrorPending())
+        reportStartupError(text);
+}
+
+QString cameraFileFilter()
+{
+    return QStringLiteral("Camera (*.Camera)");
+}
+
+} // namespace
+
+int msaaSampleCount(const QString& msaa)
+{
+    if (msaa == QLatin1String("2x"))
+        return 2;
+    if (msaa == QLatin1String("4x"))
+        return 4;
+    if (msaa == QLatin1String("8x"))
+        return 8;
+    if (msaa == QLatin1String("16x"))
+        return 16;
+    return 0;
+}
+
+QSurfaceFormat ferroxSurfaceFormat(const Settings& settings)
+{
+    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setVersion(3, 2);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setAlphaBufferSize(8);
+    format.setSwapBehavior(QSurfaceFormat::DoubleBuffer);
+    format.setDepthBufferSize(24);
+    format.setStencilBufferSize(0);
+    format.setSwapInterval(settings.vsync);
+    if (settings.msaa == QLatin1String("Disabled"))
+        format.setSamples(0);
+    else if (const int samples = msaaSampleCount(settings.msaa))
+        format.setSamples(samples);
+    return format;
+}
+
+RenderWidget::RenderWidget(QWidget* parent) : QOpenGLWidget(parent)
+{
+    counter.start();
+    if (const Settings* settings = Settings::instance())
+        setFormat(ferroxSurfaceFormat(*settings));
+    // The widget takes the samples off the format it hands to its context
+    // and gives them to its framebuffer object; keep the request.
+    requestedSamples = format().samples();
+    // The widget's framebuffer keeps its contents, so that a paused viewport
+    // goes on showing its last frame.
+    setUpdateBehavior(QOpenGLWidget::PartialUpdate);
+    setAcceptDrops(false);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    setFocusPolicy(Qt::WheelFocus);
+    setMouseTracking(true);
+    setAutoFillBackground(false);
+
+    // Stand-ins until the orbit and cross-hair icons exist.
+    cursors[SizeAllCursor] = QCursor(Qt::SizeAllCursor);
+    cursors[OrbitCursor] = QCursor(Qt::ClosedHandCursor);
+    cursors[IdleCursor] = QCursor(Qt::OpenHandCursor);
+    cursors[RollCursor] = QCursor(Qt::SizeVerCursor);
+    cursors[ArmorCursor] = QCursor(Qt::CrossCursor);
+    setCursor(cursors[IdleCursor]);
+
+    font.setPointSize(10);
+    font.setStyleStrategy(QFont::PreferAntialias);
+    clock.start();
+
+    connect(&controls, &CameraControls::cameraZoomChanged, this, &RenderWidget::cameraZoomChanged);
+    connect(&controls, &CameraControls::cameraFovChanged, this, &RenderWidget::cameraFovChanged);
+    connect(&controls, &CameraControls::cameraRotationXChanged, this,
+            &RenderWidget::cameraRotationXChanged);
+    connect(&controls, &CameraControls::cameraRotationYChanged, this,
+            &RenderWidget::cameraRotationYChanged);
+    connect(&controls, &CameraControls::cameraRotationZChanged, this,
+            &RenderWidget::cameraRotationZChanged);
+    connect(&controls, &CameraControls::cameraPositionXChanged, this,
+            &RenderWidget::cameraPositionXChanged);
+    connect(&controls, &CameraControls::cameraPositionYChanged, this,
+            &RenderWidget::cameraPositionYChanged);
+    connect(&controls, &CameraControls::cameraPositionZChanged, this,
+            &RenderWidget::cameraPositionZChanged);
+
+    if (Settings* settings = Settings::instance()) {
+        connect(settings, &Settings::shadowMapSizeChanged, this, &RenderWidget::makeFbo);
+        connect(settings, &Settings::mouseInvertChanged, this, &RenderWidget::mouseInverted);
+    }
+    mouseInverted();
+}
+
+RenderWidget::~RenderWidget()
+{
+    if (!initialised && !gl)
+        return;
+    makeCurrent();
+    releaseSceneLoadersHook();
+    if (shadowTexture)
+        gl->glDeleteTextures(1, &shadowTexture);
+    if (shadowFbo)
+        gl->glDeleteFramebuffers(1, &shadowFbo);
+    doneCurrent();
+}
+
+// ---------------------------------------------------------------- start-up
+
+void RenderWidget::initializeGL()
+{
+    Log::log(QStringLiteral("Initialising OpenGL."), Log::Info);
+    startCount = counter.nsecsElapsed();
+
+    if (!checkContextVersion())
+        reportFatal(QStringLiteral("OpenGL 3.2 is required."));
+    if (!loadFunctions()) {
+        reportFatal(QStringLiteral("Failed to load OpenGL Functions."));
+        // Nothing below can run without the entry points.
+        return;
+    }
+    logDriver();
+    setInitialGlState();
+
+    if (!loadShaders())
+        reportFatal(QStringLiteral("Shader initialization failed."));
+    createSceneLoadersHook();
+
+    // The table's rebuild needs the loaders above and the catalogues.
+    if (const Settings* settings = Settings::instance(); settings && settings->gavrelPathValid) {
+        if (Database* database = Database::instance())
+            database->rebuildDatabase();
+    }
+
+    // The rebuild may have made another context current (it paints nothing,
+    // but a message box may have shown); the rest needs this one.
+    makeCurrent();
+    new MatrixStack(this);
+    if (const Settings* settings = Settings::instance())
+        premiumScene = settings->sceneSet == QLatin1String("premium");
+    createSceneObjectsHook();
+
+    makeFbo();
+    resetCamera();
+    if (const Settings* settings = Settings::instance())
+        setViewportColor(settings->viewportColor);
+    else
+        setViewportColor(QColor(Qt::darkGray));
+
+    checkGlErrors(QStringLiteral("render init finished"));
+    initialised = true;
+
+    grantedSamples = probeSamples(requestedSamples);
+    multisample = grantedSamples > 0;
+    checkSamplesGranted();
+    computeMaxImageSize();
+    // Pinned only now: on Linux a thread started by a pinned thread inherits
+    // its mask, and the GL driver's worker threads (llvmpipe rasterises on
+    // all CPUs) are started with the context, which now exists.
+    pinToLowestCpu();
+    Log::log(QStringLiteral("OpenGL Initialising complete."), Log::Info);
+}
+
+bool RenderWidget::checkContextVersion()
+{
+    const QSurfaceFormat granted = context()->format();
+    const bool atLeast32 =
+        granted.majorVersion() > 3 || (granted.majorVersion() == 3 && granted.minorVersion() >= 2);
+    return atLeast32 && !context()->isOpenGLES();
+}
+
+bool RenderWidget::loadFunctions()
+{
+    gl = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_3_2_Core>(context());
+    return gl && gl->initializeOpenGLFunctions();
+}
+
+void RenderWidget::logDriver()
+{
+    auto text = [this](GLenum name) {
+        return QString::fromLatin1(reinterpret_cast<const char*>(gl->glGetString(name)));
+    };
+    Log::log(QStringLiteral("OpenGL Vendor: ") + text(GL_VENDOR), Log::Info);
+    Log::log(QStringLiteral("OpenGL Renderer: ") + text(GL_RENDERER), Log::Info);
+    Log::log(QStringLiteral("OpenGL Version: ") + text(GL_VERSION), Log::Info);
+    Log::log(QStringLiteral("GLSL Version: ") + text(GL_SHADING_LANGUAGE_VERSION), Log::Info);
+}
+
+void RenderWidget::setInitialGlState()
+{
+    gl->glEnable(GL_DEPTH_TEST);
+    gl->glDepthFunc(GL_LESS);
+    gl->glEnable(GL_CULL_FACE);
+    gl->glCullFace(GL_BACK);
+    gl->glFrontFace(GL_CCW);
+    gl->glDisable(GL_MULTISAMPLE);
+}
+
+bool RenderWidget::loadShaders()
+{
+    auto* loader = new ShaderLoader(this);
+    return loader->loadShaders();
+}
+
+// The widget draws into a framebuffer object Qt makes with the requested
+// samples, so the granted count is that of such an object: a probe of the
+// same kind answers it before the widget's own exists.
+int RenderWidget::probeSamples(int requested)
+{
+    if (requested <= 0)
+        return 0;
+    QOpenGLFramebufferObjectFormat probeFormat;
+    probeFormat.setAttachment(QOpenGLFramebufferObject::CombinedDepthStencil);
+    probeFormat.setSamples(requested);
+    QOpenGLFramebufferObject probe(QSize(4, 4), probeFormat);
+    GLint granted = 0;
+    if (probe.bind()) {
+        gl->glGetIntegerv(GL_SAMPLES, &granted);
+        probe.release();
+    }
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    return granted;
+}
+
+void RenderWidget::checkSamplesGranted()
+{
+    const Settings* settings = Settings::instance();
+    if (!settings || settings->msaa == QLatin1String("Disabled"))
+        return;
+    const int requested = msaaSampleCount(settings->msaa);
+    if (grantedSamples < requested)
+        Log::log(QStringLiteral("Requested anti alias setting ") + QString::number(requested) +
+                     QStringLiteral(" but got ") + QString::number(grantedSamples),
+                 Log::Warning);
+}
+
+void RenderWidget::computeMaxImageSize()
+{
+    GLint texture = 0, renderbuffer = 0, viewport[2] = {0, 0};
+    gl->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &texture);
+    gl->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &renderbuffer);
+    gl->glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
+    maxImageSide = std::min({texture, renderbuffer, viewport[0], viewport[1]});
+}
+
+void RenderWidget::makeFbo()
+{
+    if (!gl)
+        return;
+    makeCurrent();
+    Log::log(QStringLiteral("Creating Shadow Map Texture."), Log::Info);
+    const Settings* settings = Settings::instance();
+    const int size = settings ? settings->shadowMap : 2048;
+
+    if (shadowTexture)
+        gl->glDeleteTextures(1, &shadowTexture);
+    if (!shadowFbo)
+        gl->glGenFramebuffers(1, &shadowFbo);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, shadowFbo);
+
+    gl->glGenTextures(1, &shadowTexture);
+    gl->glBindTexture(GL_TEXTURE_2D, shadowTexture);
+    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT16, size, size, 0, GL_DEPTH_COMPONENT,
+                     GL_FLOAT, nullptr);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    // The compare mode stays as the shaders' samplers expect it.
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
+    gl->glFramebufferTexture2D(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D, shadowTexture,
+                               0);
+    gl->glDrawBuffer(GL_NONE);
+    if (gl->glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
+        Log::log(QStringLiteral("Failed to create FBO."), Log::Error);
+
+    gl->glBindTexture(GL_TEXTURE_2D, 0);
+    // The widget's own framebuffer, not 0: Qt composes from it.
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    // TextureLoader hook: it binds shadowTexture to unit 7 as shadowMap.
+    checkGlErrors(QStringLiteral("FBO"));
+    Log::log(QStringLiteral("Shadow Map size: ") + QString::number(size) + QStringLiteral(" x ") +
+                 QString::number(size),
+             Log::Info);
+}
+
+// ---------------------------------------------------------------- the frame
+
+void RenderWidget::resizeGL(int w, int h)
+{
+    applyViewportSize(w, h);
+}
+
+void RenderWidget::applyViewportSize(int w, int h)
+{
+    viewWidth = w;
+    viewHeight = h;
+    controls.resize(w, h);
+    if (gl)
+        gl->glViewport(0, 0, w, h);
+}
+
+void RenderWidget::paintGL()
+{
+    if (paused || !initialised)
+        return;
+    runFrame();
+}
+
+void RenderWidget::runFrame()
+{
+    // A minimised window stops the loop; the next paint event restarts it,
+    // and the first dt then covers the whole pause.
+    if (window()->isMinimized())
+        return;
+    ++framesRun;
+
+    const qint64 now = clock.elapsed();
+    const qint64 dt = now - lastFrameMs;
+    if (autoRotate)
+        controls.autoRotateStep(dt);
+    lastFrameMs += dt;
+
+    // Qt sets the viewport to the widget before each paint; the projection
+    // must match a size Qt may have changed without a resize (e.g. a grab).
+    const int pixelWidth = int(width() * devicePixelRatioF());
+    const int pixelHeight = int(height() * devicePixelRatioF());
+    if (pixelWidth != viewWidth || pixelHeight != viewHeight)
+        applyViewportSize(pixelWidth, pixelHeight);
+
+    if (shadowsWanted())
+        renderShadowPass();
+    const Settings* settings = Settings::instance();
+    clearWithViewportColor(settings && settings->screenshotAlpha);
+    if (multisample)
+        gl->glEnable(GL_MULTISAMPLE);
+    renderScene();
+    drawOverlayHook(viewWidth, viewHeight);
+
+    updateFrameStatistics(counter.nsecsElapsed());
+    requestNextFrame();
+}
+
+bool RenderWidget::shadowsWanted() const
+{
+    const Settings* settings = Settings::instance();
+    return lightingMode() == 0 && settings && settings->showShadows && shadowFbo;
+}
+
+// MaterialLoader hook: its lighting mode (0 = full materials). Until it
+// exists the scene is lit fully.
+int RenderWidget::lightingMode() const
+{
+    return 0;
+}
+
+void RenderWidget::renderShadowPass()
+{
+    const int size = Settings::instance()->shadowMap;
+    GLint target = 0;
+    gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, shadowFbo);
+    gl->glViewport(0, 0, size, size);
+    gl->glClear(GL_DEPTH_BUFFER_BIT);
+
+    MatrixStack* stack = MatrixStack::instance();
+    stack->depthProjection = perspectiveMatrix(45.0f, 1.0f, 2.0f, 250.0f);
+    stack->depthView = lookAt(light.position, Vector3{0, 0, 0}, Vector3{0, 1, 0});
+    // Only the vehicle casts shadows.
+    drawScene(ShadowPass);
+
+    // Back to the target the pass found: the widget's framebuffer in a
+    // frame, the image's in renderToImage.
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(target));
+    gl->glViewport(0, 0, viewWidth, viewHeight);
+}
+
+void RenderWidget::clearWithViewportColor(bool transparent)
+{
+    viewportColor.setAlphaF(transparent ? 0.0f : 1.0f);
+    gl->glClearColor(float(viewportColor.redF()), float(viewportColor.greenF()),
+                     float(viewportColor.blueF()), float(viewportColor.alphaF()));
+    gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    MatrixStack::instance()->setView(camera.view);
+}
+
+void RenderWidget::renderScene()
+{
+    if (gridShown)
+        drawGridHook();
+    // An orthographic camera never shows the backdrop.
+    if (camera.projectionType == 1 && garageShown)
+        drawGarageHook();
+    drawScene(ColourPass);
+    if (armorMode)
+        drawArmorRayHook();
+}
+
+void RenderWidget::drawScene(ScenePass pass)
+{
+    for (const auto& [id, drawable] : drawables)
+        drawable(pass);
+}
+
+void RenderWidget::requestNextFrame()
+{
+    ++framesRequested;
+    update();
+}
+
+void RenderWidget::updateFrameStatistics(qint64 counterNow)
+{
+    ++framesSinceStat;
+    nowCount = counterNow;
+    const double scale = 1e6 / double(frequency);
+    const float tMs = float((double(nowCount) * scale - double(startCount) * scale) * 0.001);
+    frameTimeMs = tMs - statTimeMs;
+    statTimeMs = tMs;
+    if (tMs - lastStatMs > 1000) {
+        fpsNow = float(framesSinceStat) / (tMs - lastStatMs) * 1000;
+        fpsAverage = fpsAverage == 0.0f ? fpsNow : (fpsAverage + fpsNow) * 0.5f;
+        lastStatMs = tMs;
+        framesSinceStat = 0;
+    }
+}
+
+QImage RenderWidget::renderToImage(int width, int height, bool transparent)
+{
+    makeCurrent();
+    const int keptWidth = viewWidth;
+    const int keptHeight = viewHeight;
+
+    GLint samples = 0;
+    gl->glGetIntegerv(GL_SAMPLES, &samples);
+    QOpenGLFramebufferObjectFormat format;
+    format.setAttachment(QOpenGLFramebufferObject::Depth);
+    format.setSamples(samples);
+    format.setMipmap(false);
+    QOpenGLFramebufferObject target(width, height, format);
+    target.bind();
+    applyViewportSize(width, height);
+
+    if (shadowsWanted())
+        renderShadowPass();
+    clearWithViewportColor(transparent);
+    gl->glEnable(GL_MULTISAMPLE);
+    renderScene();
+    drawOverlayHook(width, height);
+
+    QImage image = target.toImage();
+    target.release();
+    gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    applyViewportSize(keptWidth, keptHeight);
+    return image;
+}
+
+int RenderWidget::addSceneDrawable(SceneDrawable drawable)
+{
+    const int id = nextDrawableId++;
+    drawables.emplace(id, std::move(drawable));
+    return id;
+}
+
+void RenderWidget::removeSceneDrawable(int id)
+{
+    drawables.erase(id);
+}
+
+void RenderWidget::setViewportColor(const QColor& color)
+{
+    viewportColor = color;
+    emit viewportColorChanged(color);
+}
+
+// ---------------------------------------------------------------- slots
+
+void RenderWidget::setcameraPositionX(double value)
+{
+    controls.setPositionX(value);
+}
+
+void RenderWidget::setcameraPositionY(double value)
+{
+    controls.setPositionY(value);
+}
+
+void RenderWidget::setcameraPositionZ(double value)
+{
+    controls.setPositionZ(value);
+}
+
+void RenderWidget::setcameraRotationX(double value)
+{
+    controls.setRotationX(value);
+}
+
+void RenderWidget::setcameraRotationY(double value)
+{
+    controls.setRotationY(value);
+}
+
+void RenderWidget::setcameraRotationZ(double value)
+{
+    controls.setRotationZ(value);
+}
+
+void RenderWidget::setCameraFov(int value)
+{
+    controls.setFov(value);
+}
+
+void RenderWidget::setCameraZoom(int value)
+{
+    controls.setZoom(value);
+}
+
+void RenderWidget::setAutoRotation(bool val)
+{
+    autoRotate = val;
+}
+
+void RenderWidget::resetCamera()
+{
+    controls.resetCamera();
+}
+
+void RenderWidget::showGrid(bool hidden)
+{
+    gridShown = !hidden;
+}
+
+void RenderWidget::showGarage(bool hidden)
+{
+    garageShown = !hidden;
+}
+
+void RenderWidget::toggleGarage(bool premium)
+{
+    premiumScene = premium;
+}
+
+void RenderWidget::changeAmbientLight()
+{
+    auto* slider = window()->findChild<QAbstractSlider*>(QStringLiteral("AmbientLightSlider"));
+    if (!slider)
+        return;
+    if (auto* label = window()->findChild<QLabel*>(QStringLiteral("AmbientLightValue")))
+        label->setText(QString::number(slider->value()));
+    setAmbientLevel(slider->value());
+}
+
+void RenderWidget::setAmbientLevel(int position)
+{
+    const float level = float(position) * ambientScale;
+    ambient = {level, level, level};
+    light.ambient = ambient;
+}
+
+void RenderWidget::toggleText(bool hidden)
+{
+    tankInfoShown = !hidden;
+}
+
+void RenderWidget::toggleRenderInfo(bool hidden)
+{
+    renderInfoShown = !hidden;
+    // TextOverlay hook: mark the overlay dirty.
+}
+
+// Garage and TankLoader hook: reload the backdrops' meshes and the vehicle.
+void RenderWidget::sceneReload()
+{
+    showStatusMessage(QStringLiteral("Scene Reload done."), 0);
+}
+
+void RenderWidget::mouseInverted()
+{
+    const Settings* settings = Settings::instance();
+    controls.invertX = settings && settings->mouseInvertX ? -1.0f : 1.0f;
+    controls.invertY = settings && settings->mouseInvertY ? -1.0f : 1.0f;
+}
+
+void RenderWidget::cameraTypeChanged(int index)
+{
+    controls.setCameraType(index);
+}
+
+void RenderWidget::cameraViewChanged(int index)
+{
+    controls.setViewPreset(index);
+}
+
+void RenderWidget::saveCameraView()
+{
+    const QString path =
+        chooseSaveFile(this, tr("Save Camera File"), QString(), cameraFileFilter(), QStringList());
+    if (!path.isEmpty())
+        controls.saveView(path);
+}
+
+void RenderWidget::loadCameraView()
+{
+    const QString path =
+        chooseOpenFile(this, tr("Open Camera File"), QString(), cameraFileFilter(), QStringList());
+    if (!path.isEmpty())
+        controls.loadView(path);
+}
+
+void RenderWidget::armorToggle(bool val)
+{
+    armorMode = val;
+    // LineBuffer hook: clear the ray lines; TextOverlay hook: mark dirty.
+    setCursor(cursors[val ? ArmorCursor : IdleCursor]);
+}
+
+// ---------------------------------------------------------------- input
+
+void RenderWidget::mousePressEvent(QMouseEvent* event)
+{
+    const bool fireRay =
+        controls.press(event->buttons(), event->modifiers(), clock.elapsed(), armorMode);
+    if (fireRay) {
+        makeCurrent();
+        fireRayHook();
+        return;
+    }
+    if (event->modifiers() == Qt::ControlModifier)
+        return;
+    if (event->buttons() == Qt::RightButton)
+        setCursor(cursors[SizeAllCursor]);
+    else if (event->buttons() == Qt::LeftButton)
+        setCursor(cursors[OrbitCursor]);
+    else if (event->buttons() == Qt::MiddleButton)
+        setCursor(cursors[RollCursor]);
+}
+
+void RenderWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    (void)event;
+    controls.release(clock.elapsed());
+    setCursor(cursors[armorMode ? ArmorCursor : IdleCursor]);
+}
+
+void RenderWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    controls.move(event->position().x(), event->position().y(), event->buttons());
+}
+
+void RenderWidget::wheelEvent(QWheelEvent* event)
+{
+    controls.wheel(event->angleDelta().y());
+}

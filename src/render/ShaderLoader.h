@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -73,6 +74,11 @@ public:
     static QString stageSource(const QString& path, const QStringList& defines);
 
 private:
+    // Compiles, binds the attribute slots, links and resolves the uniforms of
+    // one table program; false (already logged) leaves the id out.
+    bool buildProgram(int id, const QString& vertexSource, const QString& fragmentSource,
+                      const QString& geometrySource);
+
     QHash<int, ShaderProgram*> programs;
     std::unique_ptr<ShaderProgram> camoSaver;
     std::unique_ptr<ShaderProgram> line;

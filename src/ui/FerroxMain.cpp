@@ -43,7 +43,8 @@ int runFerrox(int& argc, char** argv, const StartOptions& options)
 
     MainWindow window;
     window.show();
-    application.initialiseScene();
+    // The viewport's GL start-up also builds the vehicle table.
+    window.initialiseViewport();
 
     if (startupErrorPending()) {
         window.close();

@@ -10,13 +10,6 @@
 
 MainApplication::MainApplication(int& argc, char** argv) : QApplication(argc, argv) {}
 
-void MainApplication::initialiseScene()
-{
-    const Settings* settings = Settings::instance();
-    if (settings && settings->gavrelPathValid)
-        Database::instance()->rebuildDatabase();
-}
-
 void MainApplication::initialise()
 {
     new CommonMessages;
@@ -33,8 +26,8 @@ void MainApplication::initialise()
 
     Log::log(QStringLiteral("Gavrel Version: ") + gameVersionString(), Log::Info);
 
-    // Connects itself to the game path; its first rebuild waits for the
-    // window, whose start needs the table.
+    // Connects itself to the game path; its first rebuild runs in the
+    // viewport's GL start-up, once the loaders it needs exist.
     new Database;
     initialised = true;
 }

@@ -14,9 +14,5 @@ public:
 
     void initialise();
 
-    // What the viewport's first start does before the event loop: for now,
-    // the vehicle table's first build when the game path is valid.
-    void initialiseScene();
-
     bool initialised = false;
 };

@@ -1,8 +1,11 @@
 #include "MainWindow.h"
 
 #include "Constants.h"
+#include "RenderWidget.h"
+#include "StartupError.h"
 #include "StatusMessages.h"
 
+#include <QCoreApplication>
 #include <QIcon>
 #include <QStatusBar>
 
@@ -17,6 +20,9 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     setWindowIcon(QIcon(QStringLiteral(":/icons/ferrox_ico_128.png")));
     resize(928, 1066);
     statusBar()->setObjectName(QStringLiteral("statusbar"));
+    renderWidget = new RenderWidget(this);
+    renderWidget->setObjectName(QStringLiteral("RenderWidget"));
+    setCentralWidget(renderWidget);
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 }
@@ -27,4 +33,14 @@ MainWindow::~MainWindow()
         mainWindow = nullptr;
         setStatusMessageSink({});
     }
+}
+
+void MainWindow::initialiseViewport()
+{
+    // QOpenGLWidget starts its GL when it is first shown with a size; the
+    // show normally does it at once, queued layout events may delay it.
+    if (!renderWidget->isValid())
+        QCoreApplication::processEvents();
+    if (!renderWidget->isValid())
+        reportStartupError(QStringLiteral("OpenGL 3.2 is required."));
 }

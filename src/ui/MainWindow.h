@@ -2,14 +2,23 @@
 
 #include <QMainWindow>
 
-// The program's main window. For now a frame with a status bar; the
-// viewport, docks and tools move in as they are built.
+class RenderWidget;
+
+// The program's main window: the viewport in the centre and a status bar;
+// the docks and tools move in as they are built.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 public:
     explicit MainWindow(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
     ~MainWindow() override;
+
+    // Makes sure the viewport's GL start-up has run once the window is shown,
+    // so that its failures are known before the event loop. A viewport whose
+    // context cannot be made reports the missing OpenGL as a start-up error.
+    void initialiseViewport();
+
+    RenderWidget* renderWidget = nullptr;
 };
 
 // The one main window, set by its constructor and cleared by its destructor.

@@ -22,6 +22,8 @@ QByteArray settingsFor(const QString& gamePath)
            " <Paths><GavrelPath>" +
            gamePath.toUtf8() +
            "</GavrelPath></Paths>\n"
+           " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150</ShaderDir></Renderer>"
+           "</RendererSystems>\n"
            " <RendererCommon><ShadowMap>1024</ShadowMap></RendererCommon>\n</Settings>\n";
 }
 
@@ -94,6 +96,12 @@ TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
     const int building = int(lines.indexOf(QStringLiteral("[ Info ] Building database.")));
     EXPECT_GT(creating, 0);
     EXPECT_GT(building, creating);
+    // ... inside the viewport's GL start-up, which has run before the loop.
+    const int glStart = int(lines.indexOf(QStringLiteral("[ Info ] Initialising OpenGL.")));
+    const int glDone = int(lines.indexOf(QStringLiteral("[ Info ] OpenGL Initialising complete.")));
+    EXPECT_GT(glStart, 0);
+    EXPECT_GT(building, glStart);
+    EXPECT_GT(glDone, building);
     EXPECT_EQ(lines.filter(QStringLiteral("[ Info ] Database rebuilt in: ")).size(), 1);
     EXPECT_EQ(statusMessage, QStringLiteral("Database rebuilt."));
     ASSERT_GE(lines.size(), 2);
