@@ -11,6 +11,8 @@
 #include "MoReaderCached.h"
 #include "Settings.h"
 
+#include "BenchGame.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QRandomGenerator>
@@ -24,8 +26,7 @@
 namespace {
 QString gameDirectory()
 {
-    const char* overridden = std::getenv("FERROX_BENCH_GAME");
-    return QString::fromLocal8Bit(overridden ? overridden : FERROX_BENCH_GAME_DIR);
+    return benchGameDirectory();
 }
 
 // The managers as the program has them after start-up, reading the

@@ -7,6 +7,8 @@
 #include "FileManager.h"
 #include "Settings.h"
 
+#include "BenchGame.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QRandomGenerator>
@@ -19,8 +21,7 @@
 namespace {
 QString gameDirectory()
 {
-    const char* overridden = std::getenv("FERROX_BENCH_GAME");
-    return QString::fromLocal8Bit(overridden ? overridden : FERROX_BENCH_GAME_DIR);
+    return benchGameDirectory();
 }
 
 struct Installation
