@@ -3,6 +3,7 @@
 
 #include "ArchiveCommands.h"
 #include "GameTextCommands.h"
+#include "GeometryCommands.h"
 #include "SettingsCommands.h"
 #include "ToolContext.h"
 #include "XmlCommands.h"
@@ -34,6 +35,16 @@ const Command commands[] = {
      "tanks GAME_DIR [--nation N] [--category C] [--tier T] [--filter TEXT]\n"
      "                                the vehicle table, tab-separated",
      tanksCommand},
+    {"primitives", "primitives FILE_OR_NAME [GAME_DIR]  the chunks of a .primitives file",
+     primitivesCommand},
+    {"dds",
+     "dds FILE_OR_NAME [GAME_DIR] [--png OUT]\n"
+     "                                format, size and levels; the base level as PNG",
+     ddsCommand},
+    {"check",
+     "check GAME_DIR [--mod DIR]    reads every XML, visual, primitives and DDS file;\n"
+     "                                lists the ones that fail (exit code 1)",
+     checkCommand},
 };
 
 void printUsage()

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Visual.h"
+#include "XmlHelpers.h"
+
+#include <QString>
+#include <QVector>
+
+class Material;
+class PrimitiveParser;
+class ShaderProgram;
+
+// The abstract drawable model: matrices, path and the CPU copies of its
+// geometry.
+class Mesh
+{
+public:
+    explicit Mesh(Mesh* parent = nullptr);
+    virtual ~Mesh();
+    Mesh(const Mesh&) = delete;
+    Mesh& operator=(const Mesh&) = delete;
+
+    virtual bool isLoaded() { return false; }
+    virtual void update() {}
+    virtual void unload() = 0;
+    virtual bool exportObj() = 0;
+    virtual void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) = 0;
+    virtual bool reload() = 0;
+
+    Mesh* parent;
+    Vector3 offset{0, 0, 0};
+    PrimitiveParser* parser = nullptr;
+    Matrix modelViewProj;
+    Matrix modelView;
+    Matrix model;
+    Visual* visual = nullptr;
+    QString path;
+    QVector<MeshGeometry*> geometries;
+    QVector<UvGroup> uvGroups;
+
+protected:
+    void deleteGeometries();
+    // The draw loop every mesh shares: render sets, geometries, groups, with
+    // M as the placement of the whole visual.
+    void drawVisual(const Matrix& M, Material* material, ShaderProgram* shader);
+    // The matrices of the colour pass for placement M, sent through program.
+    void setMatrixUniforms(ShaderProgram* program, const Matrix& M);
+};

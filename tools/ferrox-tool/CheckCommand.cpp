@@ -1,0 +1,6 @@
+#include "GeometryCommands.h"
+
+int checkCommand(const ToolArguments&)
+{
+    return 2;
+}

@@ -1,0 +1,6 @@
+#include "GeometryCommands.h"
+
+int ddsCommand(const ToolArguments&)
+{
+    return 2;
+}

@@ -1,0 +1,6 @@
+#include "GeometryCommands.h"
+
+int primitivesCommand(const ToolArguments&)
+{
+    return 2;
+}
