@@ -5,7 +5,7 @@ A tree is made of Element objects (or dicts, a shorthand for an Element
 without a value of its own) whose leaves carry their type:
 
     str          string (type 1), written as UTF-8 bytes
-    bool         boolean (type 4), one byte 0 or 1
+    bool         boolean (type 4), one byte 1 for true, no bytes for false
     int          integer (type 2), 1, 2 or 4 bytes, the fewest that hold it
     Floats       floats (type 3), 32-bit each; twelve of them are a 4 x 3 matrix
     bytes        blob (type 5)
@@ -87,7 +87,9 @@ def encode_leaf(value):
     if value is None:
         return TYPE_STRING, b""
     if isinstance(value, bool):  # before int: bool is an int in Python
-        return TYPE_BOOL, b"\x01" if value else b"\x00"
+        # true is the one byte 1; false has no bytes at all (a stored 0 byte
+        # is an error for readers)
+        return TYPE_BOOL, b"\x01" if value else b""
     if isinstance(value, int):
         for size, code in ((1, "<b"), (2, "<h"), (4, "<i")):
             low, high = -(1 << (8 * size - 1)), (1 << (8 * size - 1)) - 1

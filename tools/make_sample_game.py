@@ -28,18 +28,22 @@ import tempfile
 import zipfile
 import zlib
 from dataclasses import dataclass
+from functools import lru_cache
 from pathlib import Path
 
 # The packed XML writer lives beside this script; make it importable from any
 # working directory.
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 from gavrel_packed_xml import Element, Floats, encode, plain_text  # noqa: E402
+import gavrel_dds  # noqa: E402
+import gavrel_geometry  # noqa: E402
 
 # Files whose bytes decide the output; their digest goes into the stamp.
-GENERATOR_SOURCES = ("make_sample_game.py", "gavrel_packed_xml.py")
+GENERATOR_SOURCES = ("make_sample_game.py", "gavrel_packed_xml.py", "gavrel_geometry.py",
+                     "gavrel_dds.py")
 
 # Bump when the output changes in a way a stamp digest would not show.
-GENERATOR_VERSION = 2
+GENERATOR_VERSION = 3
 STAMP_NAME = ".ferrox-sample-stamp"
 ZIP_DATE = (2020, 1, 1, 0, 0, 0)
 STORED = zipfile.ZIP_STORED
@@ -86,8 +90,17 @@ def describe(archive, name, note=""):
     return text.encode("utf-8")
 
 
+def placeholder(archive, name, note=""):
+    """describe(), as an XML document when the name says XML, so that every
+    .xml file of the installation parses."""
+    text = describe(archive, name, note)
+    if name.lower().endswith(".xml"):
+        return b"<placeholder>\n" + text + b"</placeholder>\n"
+    return text
+
+
 def text_member(archive, name, note="", compress=STORED):
-    return Member(name, describe(archive, name, note), compress)
+    return Member(name, placeholder(archive, name, note), compress)
 
 
 def png_bytes(origin, size=4):
@@ -174,7 +187,7 @@ def write_loose_files(res):
     for name, note in files.items():
         path = res / name
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(describe("res", name, note))
+        path.write_bytes(placeholder("res", name, note))
 
 
 def write_broken_package(packages_dir):
@@ -211,19 +224,18 @@ def shared_content_members():
         text_member(a, "text/Case_Twin.txt", "case twin from shared_content", STORED),
         Member("text/Empty_Member.txt", b"", STORED),
         Member("text/Large_Deflated_Table.txt", large_table_text(200 * 1024), DEFLATED),
-        text_member(a, "vehicles/Common/Shared_Track.primitives", compress=DEFLATED),
-        text_member(a, "vehicles/Common/Materials/Steel_Plate.visual", compress=STORED),
+        *shared_model_members(),
         text_member(a, "system/Data/Material_Kinds.xml", compress=DEFLATED),
     ]
 
 
 def tank_members(archive, nation, tank):
-    """Model parts of one vehicle: .primitives deflated, .visual stored."""
+    """Model parts of one vehicle (.primitives deflated, .visual and .model
+    stored) and the textures they name, beside them in the same archive."""
     members = []
-    for part in ("Hull", "Chassis", "Turret_01", "Gun_01"):
-        base = f"vehicles/{nation}/{tank}/normal/lod0/{part}"
-        members.append(text_member(archive, base + ".primitives", compress=DEFLATED))
-        members.append(text_member(archive, base + ".visual", compress=STORED))
+    for path, data in vehicle_model_files(nation, tank) + vehicle_texture_files(nation, tank):
+        compress = DEFLATED if path.endswith(".primitives") else STORED
+        members.append(Member(path, data, compress))
     return members
 
 
@@ -288,6 +300,418 @@ def small_packages():
     ]
     return [(name, members + game_data_members(SAMPLE_NATIONS, name))
             for name, members in packages]
+
+
+# ------------------------------------------------------- models and textures
+# Real geometry (gavrel_geometry.py), .visual documents and DDS textures
+# (gavrel_dds.py). Sizes are metres in the game's own axes: y up, the
+# vehicle's front towards +z, standing on y = 0 and centred on x = 0.
+
+NATION_COLOURS = {  # dominant colour of every diffuse texture of a nation
+    "Ardenia": (110, 120, 60),   # olive
+    "Borvia": (190, 165, 110),   # sand
+    "Caldera": (95, 110, 130),   # grey-blue
+    "Drevnia": (120, 40, 35),    # dark red
+}
+PANEL_SPACING = 32               # texels between panel lines at 128 x 128
+DIFFUSE_SIZE = 128
+DETAIL_SIZE = 64                 # normal, gloss and track maps
+TRACK_COLOUR = (52, 50, 46)
+EFFECT_DIR = "shaders/std_effects/"
+
+# Placement of the parts: the hull's turret ring and the turret's gun pivot.
+TURRET_JOINT = (0.0, 1.2, -0.3)
+GUN_JOINT = (0.0, 0.3, 0.95)
+# A node no part hangs on, to carry a non-uniform scale the reader must keep.
+SCALED_NODE = ("HP_Emblem_Front", (1.0, 2.0, 0.5), (0.0, 0.9, 2.7))
+
+HD_TEXTURE_TANK = "A01_Talon"          # Hull_AM has a .texformat and an HD file
+UNCOMPRESSED_GUN_TANK = "B01_Kestrel"  # Gun_01_AM is 32-bit BGRA
+RGB24_GLOSS_TANK = "C02_Basilisk"      # *_GMM are 24-bit BGR
+UPPER_CASE_GUN_TANK = "C03_Wyvern"     # Gun_01 vertex format "XYZNUV"
+PLAIN_VISUAL_TANK = "D02_Ironmoth"     # visuals as text XML
+
+
+def chassis_mesh():
+    """Group 0: a low body between the tracks and the road wheels; group 1:
+    the two track blocks, whose top and bottom repeat the texture four times."""
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.box((-1.05, 0.3, -2.8), (1.05, 0.8, 2.8))
+    for side in (-1.0, 1.0):
+        for z in (-2.2, -1.1, 0.0, 1.1, 2.2):
+            inner, outer = 1.42 * side, 1.52 * side
+            mesh.cylinder("x", (0.0, 0.36, z), 0.32, min(inner, outer), max(inner, outer),
+                          segments=12)
+    mesh.begin_group()
+    for side in (-1.0, 1.0):
+        x0, x1 = sorted((1.0 * side, 1.42 * side))
+        mesh.box((x0, 0.0, -3.0), (x1, 0.85, 3.0), uv_rect=(0.0, 0.0, 1.0, 4.0))
+    return mesh
+
+
+def hull_mesh():
+    """A box whose front slopes forward and down to a nose."""
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    profile = [(-2.9, 0.42), (2.3, 0.42), (3.0, 0.75), (2.5, 1.2), (-2.9, 1.2)]
+    mesh.prism(profile, -1.45, 1.45)
+    return mesh
+
+
+def turret_mesh():
+    """A squat cylinder on the ring with a mantlet block in front."""
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.cylinder("y", (0.0, 0.0, 0.0), 1.05, 0.0, 0.6, segments=20)
+    mesh.box((-0.35, 0.1, 0.8), (0.35, 0.5, 1.15))
+    return mesh
+
+
+def gun_mesh():
+    """A barrel along +z from the pivot, with a thicker muzzle end."""
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.cylinder("z", (0.0, 0.0, 0.0), 0.08, 0.0, 3.0, segments=12)
+    mesh.cylinder("z", (0.0, 0.0, 0.0), 0.12, 2.7, 3.1, segments=12)
+    return mesh
+
+
+def primitives_bytes(part, mesh, fmt, wide, with_uv2=False):
+    chunks = [(f"{part}.vertices", gavrel_geometry.vertex_chunk(fmt, mesh.vertices)),
+              (f"{part}.indices", gavrel_geometry.index_chunk(mesh.indices, mesh.groups(), wide))]
+    if with_uv2:
+        chunks.append(("uv2", gavrel_geometry.uv_stream_chunk(mesh.uv2())))
+    return gavrel_geometry.primitives_file(chunks)
+
+
+def transform(translation=(0.0, 0.0, 0.0), scale=(1.0, 1.0, 1.0)):
+    sx, sy, sz = scale
+    return Floats(sx, 0, 0, 0, sy, 0, 0, 0, sz, *translation)
+
+
+def node(identifier, children=(), translation=(0.0, 0.0, 0.0), scale=(1.0, 1.0, 1.0)):
+    return Element(None, [("identifier", identifier),
+                          ("transform", transform(translation, scale))]
+                   + [("node", child) for child in children])
+
+
+def texture_property(name, path):
+    return ("property", Element(name, {"Texture": path}))
+
+
+def flag_property(name, kind, value):
+    return ("property", Element(name, {kind: value}))
+
+
+def material(identifier, effect, properties, effect_last=False):
+    fx = [("fx", EFFECT_DIR + effect)]
+    head = [("identifier", identifier)]
+    return Element(None, head + properties + fx if effect_last else head + fx + properties)
+
+
+def geometry(part, groups, stream=None):
+    """groups: the material of group 0, 1, ..."""
+    children = [("vertices", f"{part}.vertices"), ("primitive", f"{part}.indices")]
+    if stream:
+        children.append(("stream", stream))
+    children += [("primitiveGroup", Element(number, {"material": m}))
+                 for number, m in enumerate(groups)]
+    return Element(None, children)
+
+
+def visual_tree(root_children, render_node, part, groups, stream=None):
+    return Element(None, [
+        ("node", node("Scene Root", root_children)),
+        ("renderSet", Element(None, [
+            ("treatAsWorldSpaceObject", False),
+            ("node", render_node),
+            ("geometry", geometry(part, groups, stream)),
+        ])),
+    ])
+
+
+def tank_folder(nation, tank):
+    return f"vehicles/{nation}/{tank}"
+
+
+def part_materials(nation, tank):
+    """{part: [material of each group]} of one vehicle."""
+    base = tank_folder(nation, tank)
+    chassis_body = material("chassis_body", "PBS_ext_dual.fx", [
+        texture_property("diffuseMap", f"{base}/Chassis_AM.dds"),
+        texture_property("diffuseMap2", f"{base}/Chassis_Dirt_AM.dds"),
+        texture_property("normalMap", f"{base}/Chassis_ANM.dds"),
+        texture_property("metallicGlossMap", f"{base}/Chassis_GMM.dds"),
+        flag_property("g_useNormalPackDXT1", "Bool", False),
+    ])
+    tracks = material("tracks", "lightonly_alpha.fx", [
+        texture_property("diffuseMap", f"{base}/Track_AM.tga"),
+        flag_property("alphaTestEnable", "Bool", True),
+        flag_property("alphaReference", "Int", 128),
+        flag_property("doubleSided", "Bool", True),
+    ])
+    hull = material("hull", "PBS_tank.fx", [
+        texture_property("diffuseMap", f"{base}/Hull_AM.dds"),
+        texture_property("normalMap", f"{base}/Hull_ANM.dds"),
+        texture_property("metallicGlossMap", f"{base}/Hull_GMM.dds"),
+        flag_property("g_useNormalPackDXT1", "Bool", False),
+    ])
+    turret = material("turret", "normalmap_specmap.fx", [
+        texture_property("diffuseMap", f"{base}/Turret_01_AM.tga"),
+        texture_property("normalMap", f"{base}/Turret_01_ANM.dds"),
+        texture_property("specularMap", f"{base}/Turret_01_GMM.dds"),
+        flag_property("g_useNormalPackDXT1", "Bool", True),
+    ], effect_last=True)
+    gun = material("gun", "lightonly.fx", [
+        texture_property("diffuseMap", f"{base}/Gun_01_AM.dds"),
+    ])
+    return {"Chassis": [chassis_body, tracks], "Hull": [hull], "Turret_01": [turret],
+            "Gun_01": [gun]}
+
+
+def vehicle_parts(tank):
+    """(part, mesh, vertex format, 32-bit indices, uv2 stream, root children,
+    render node) of each part."""
+    gun_format = "XYZNUV" if tank == UPPER_CASE_GUN_TANK else "xyznuv"
+    emblem, emblem_scale, emblem_at = SCALED_NODE
+    hull_children = [node("hull", [node("HP_turretJoint", translation=TURRET_JOINT),
+                                   node(emblem, translation=emblem_at, scale=emblem_scale)])]
+    return [
+        ("Chassis", chassis_mesh(), "xyznuvtb", False, False, [node("tank")], "tank"),
+        ("Hull", hull_mesh(), "xyznuvtb", False, True, hull_children, "hull"),
+        ("Turret_01", turret_mesh(), "xyznuviiiwwtb", True, False,
+         [node("turret", [node("HP_gunJoint", translation=GUN_JOINT)])], "turret"),
+        ("Gun_01", gun_mesh(), gun_format, False, False, [node("gun")], "gun"),
+    ]
+
+
+def model_file(visual_path):
+    """The .model beside a visual: the program never opens it."""
+    stem = visual_path.rsplit(".", 1)[0]
+    return encode({"nodefullVisual": stem})
+
+
+def vehicle_model_files(nation, tank):
+    """(path, bytes) of the .model, .visual and .primitives of every part."""
+    materials = part_materials(nation, tank)
+    files = []
+    for part, mesh, fmt, wide, uv2, root_children, render_node in vehicle_parts(tank):
+        base = f"{tank_folder(nation, tank)}/normal/lod0/{part}"
+        tree = visual_tree(root_children, render_node, part, materials[part],
+                           "uv2" if uv2 else None)
+        files += [(base + ".model", model_file(base + ".visual")),
+                  (base + ".visual", xml_file(f"{part}.visual", tree, tank == PLAIN_VISUAL_TANK)),
+                  (base + ".primitives", primitives_bytes(part, mesh, fmt, wide, uv2))]
+    return files
+
+
+# ---- textures: every picture is a function of a few numbers, cached, so
+# vehicles of one nation share the work.
+
+def lighter(colour, amount=0.45):
+    return tuple(round(c + (255 - c) * amount) for c in colour)
+
+
+def darker(colour, amount=0.8):
+    return tuple(round(c * amount) for c in colour)
+
+
+def on_line(x, y, spacing, width=2):
+    return x % spacing < width or y % spacing < width
+
+
+@lru_cache(maxsize=None)
+def panel_pixels(colour, size, spacing):
+    """The nation colour with light panel lines every spacing texels."""
+    base, line = tuple(colour) + (255,), lighter(colour) + (255,)
+    return tuple(line if on_line(x, y, spacing) else base
+                 for y in range(size) for x in range(size))
+
+
+@lru_cache(maxsize=None)
+def normal_pixels(size, spacing, dxt5):
+    """A flat surface with grooves along the panel lines. DXT5 keeps x in
+    alpha and y in green; the DXT1 form keeps x in red and y in green."""
+    def encode_component(v):
+        return max(0, min(255, round((v * 0.5 + 0.5) * 255)))
+    pixels = []
+    for y in range(size):
+        for x in range(size):
+            nx = 0.4 if x % spacing == 0 else -0.4 if x % spacing == 1 else 0.0
+            ny = 0.4 if y % spacing == 0 else -0.4 if y % spacing == 1 else 0.0
+            ex, ey = encode_component(nx), encode_component(ny)
+            pixels.append((128, ey, 128, ex) if dxt5 else (ex, ey, 0, 255))
+    return tuple(pixels)
+
+
+@lru_cache(maxsize=None)
+def gloss_pixels(size, spacing):
+    """Metal in red, gloss in green: dull seams on a semi-gloss plate."""
+    return tuple((40, 90, 0, 255) if on_line(x, y, spacing) else (40, 170, 0, 255)
+                 for y in range(size) for x in range(size))
+
+
+@lru_cache(maxsize=None)
+def track_pixels(size):
+    """Dark links with lighter cleats and a see-through hole in each link."""
+    pixels = []
+    for y in range(size):
+        for x in range(size):
+            if 6 <= x % 16 < 10 and 6 <= y % 8 < 8:
+                pixels.append((0, 0, 0, 0))
+            elif y % 8 < 2:
+                pixels.append(lighter(TRACK_COLOUR, 0.3) + (255,))
+            else:
+                pixels.append(TRACK_COLOUR + (255,))
+    return tuple(pixels)
+
+
+@lru_cache(maxsize=None)
+def texture(fmt, kind, size, colour=None, levels=None):
+    """One DDS file by what it shows: 'panel' (needs colour), 'normal5',
+    'normal1', 'gloss', 'track'."""
+    spacing = PANEL_SPACING * size // DIFFUSE_SIZE
+    pixels = {
+        "panel": lambda: panel_pixels(colour, size, spacing),
+        "normal5": lambda: normal_pixels(size, max(spacing, 4), True),
+        "normal1": lambda: normal_pixels(size, max(spacing, 4), False),
+        "gloss": lambda: gloss_pixels(size, max(spacing, 4)),
+        "track": lambda: track_pixels(size),
+    }[kind]()
+    return gavrel_dds.dds(fmt, size, size, list(pixels), levels)
+
+
+def texformat_file(hd_path):
+    return encode({"mip_info": {"mip": hd_path}})
+
+
+def vehicle_texture_files(nation, tank):
+    """(path, bytes) of the textures that the vehicle's visuals name."""
+    base = tank_folder(nation, tank)
+    colour = NATION_COLOURS[nation]
+    gloss = "BGR24" if tank == RGB24_GLOSS_TANK else "DXT3"
+    gun = "BGRA32" if tank == UNCOMPRESSED_GUN_TANK else "DXT1"
+    files = [
+        ("Chassis_AM.dds", texture("DXT1", "panel", DIFFUSE_SIZE, colour)),
+        ("Chassis_Dirt_AM.dds", texture("DXT1", "panel", DETAIL_SIZE, darker(colour))),
+        ("Chassis_ANM.dds", texture("DXT5", "normal5", DETAIL_SIZE)),
+        ("Chassis_GMM.dds", texture(gloss, "gloss", DETAIL_SIZE)),
+        ("Track_AM.dds", texture("DXT1", "track", DETAIL_SIZE)),
+        ("Hull_AM.dds", texture("DXT1", "panel", DIFFUSE_SIZE, colour)),
+        ("Hull_ANM.dds", texture("DXT5", "normal5", DETAIL_SIZE)),
+        ("Hull_GMM.dds", texture(gloss, "gloss", DETAIL_SIZE)),
+        ("Turret_01_AM.dds", texture("DXT1", "panel", DIFFUSE_SIZE, colour)),
+        ("Turret_01_ANM.dds", texture("DXT1", "normal1", DETAIL_SIZE)),
+        ("Turret_01_GMM.dds", texture(gloss, "gloss", DETAIL_SIZE)),
+        ("Gun_01_AM.dds", texture(gun, "panel", DETAIL_SIZE, colour)),
+    ]
+    if tank == HD_TEXTURE_TANK:
+        hd = f"{base}/Hull_AM_hd.dds"
+        files += [("Hull_AM.texformat", texformat_file(hd)),
+                  ("Hull_AM_hd.dds", texture("DXT1", "panel", 2 * DIFFUSE_SIZE, colour, 1))]
+    return [(f"{base}/{name}", data) for name, data in files]
+
+
+# ---- the hangar models of the two garages (garage_premium.pkg and
+# garage_basic.pkg, named by the program's garages.cfg, not by resources.cfg)
+
+GARAGE_COLOURS = {
+    "Concrete": (150, 150, 146),  # floors
+    "Brick": (140, 82, 64),       # back wall
+    "Steel": (92, 98, 104),       # pillars, fence
+    "Lamp": (235, 228, 190),
+    "Wood": (150, 112, 64),       # crates
+}
+
+
+def slab_mesh():
+    """A 20 x 20 m slab, top face at y = 0, texture repeated across it."""
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.box((-10.0, -0.2, -10.0), (10.0, 0.0, 10.0), uv_rect=(0.0, 0.0, 1.0, 1.0))
+    return mesh
+
+
+def box_mesh(lo, hi):
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.box(lo, hi)
+    return mesh
+
+
+def lamp_mesh():
+    mesh = gavrel_geometry.MeshBuilder()
+    mesh.begin_group()
+    mesh.cylinder("y", (0.0, 0.0, 0.0), 0.35, 0.0, 0.25, segments=12)
+    mesh.cylinder("y", (0.0, 0.0, 0.0), 0.04, 0.25, 1.5, segments=6)
+    return mesh
+
+
+# (name, mesh, vertex format, texture colour name, bumped) of each model
+GARAGE_MODELS = {
+    "Hangar_Premium": [
+        ("Floor", slab_mesh, "xyznuvtb", "Concrete", True),
+        ("Back_Wall", lambda: box_mesh((-10.0, 0.0, -9.8), (10.0, 6.0, -9.4)),
+         "xyznuvtb", "Brick", True),
+        ("Pillar", lambda: box_mesh((-0.3, 0.0, -0.3), (0.3, 6.0, 0.3)), "xyznuv", "Steel", False),
+        ("Lamp", lamp_mesh, "xyznuv", "Lamp", False),
+    ],
+    "Hangar_Basic": [
+        ("Floor", slab_mesh, "xyznuvtb", "Concrete", True),
+        ("Crate", lambda: box_mesh((-0.6, 0.0, -0.6), (0.6, 1.2, 0.6)), "xyznuv", "Wood", False),
+        ("Fence", lambda: box_mesh((-9.0, 0.0, -0.05), (9.0, 1.8, 0.05)), "xyznuv", "Steel", False),
+    ],
+}
+GARAGE_PACKAGES = {"Hangar_Premium": "garage_premium.pkg", "Hangar_Basic": "garage_basic.pkg"}
+
+
+def garage_members(space):
+    base = f"spaces/{space}"
+    members = []
+    textures = {}
+    for name, make_mesh, fmt, colour_name, bumped in GARAGE_MODELS[space]:
+        diffuse = f"{base}/textures/{colour_name}_AM.dds"
+        textures[diffuse] = texture("DXT1", "panel", DETAIL_SIZE, GARAGE_COLOURS[colour_name])
+        properties = [texture_property("diffuseMap", diffuse)]
+        effect = "lightonly.fx"
+        if bumped:
+            normal = f"{base}/textures/{colour_name}_NM.dds"
+            textures[normal] = texture("DXT1", "normal1", DETAIL_SIZE)
+            properties += [texture_property("normalMap", normal),
+                           flag_property("g_useNormalPackDXT1", "Bool", True)]
+            effect = "normalmap_specmap.fx"
+        model = f"{base}/models/{name}"
+        tree = visual_tree([node(name)], name, name,
+                           [material(name.lower(), effect, properties)])
+        members += [
+            Member(model + ".model", model_file(model + ".visual"), STORED),
+            Member(model + ".visual", encode(tree), STORED),
+            Member(model + ".primitives",
+                   primitives_bytes(name, make_mesh(), fmt, False), DEFLATED),
+        ]
+    members += [Member(path, data, STORED) for path, data in textures.items()]
+    return members
+
+
+def shared_model_members():
+    """A loose track block and a steel plate model of the shared archive."""
+    track = gavrel_geometry.MeshBuilder()
+    track.begin_group()
+    track.box((-0.21, 0.0, -3.0), (0.21, 0.85, 3.0), uv_rect=(0.0, 0.0, 1.0, 4.0))
+    plate = box_mesh((-1.0, 0.0, -1.0), (1.0, 0.05, 1.0))
+    base = "vehicles/Common/Materials/Steel_Plate"
+    tree = visual_tree([node("plate")], "plate", "Steel_Plate", [material(
+        "steel_plate", "lightonly.fx", [texture_property("diffuseMap", base + ".dds")])])
+    return [
+        Member("vehicles/Common/Shared_Track.primitives",
+               primitives_bytes("Shared_Track", track, "xyznuvtb", False), DEFLATED),
+        Member(base + ".visual", encode(tree), STORED),
+        Member(base + ".primitives", primitives_bytes("Steel_Plate", plate, "xyznuv", False),
+               DEFLATED),
+        Member(base + ".dds", texture("DXT1", "panel", DETAIL_SIZE, GARAGE_COLOURS["Steel"]),
+               STORED),
+    ]
 
 
 # ------------------------------------------------------------ game data
@@ -896,6 +1320,9 @@ def generate(out, scale, with_broken):
         write_package(packages_dir / BULK_DEFS_PACKAGE,
                       game_data_members(bulk_nations(scale), BULK_DEFS_PACKAGE))
         listed.append(BULK_DEFS_PACKAGE)
+    for space, name in GARAGE_PACKAGES.items():
+        write_package(packages_dir / name, garage_members(space))
+        listed.append(name)
     write_loose_files(res)
     write_game_data_files(res, nations)
     write_catalogues(res / "text" / "LC_MESSAGES", nations)

@@ -6,6 +6,7 @@ what it wrote with the standard library's own zip and XML readers.
 import filecmp
 import gettext
 import io
+import math
 import os
 import shutil
 import struct
@@ -28,6 +29,8 @@ import gavrel_packed_xml as packed  # noqa: E402  (the encoder under test)
 
 SCALE1_PACKAGES = ["shared_content.pkg", "vehicles_level_01.pkg", "vehicles_level_02.pkg",
                    "gui.pkg", "hangar_premium.pkg", "hangar_basic.pkg"]
+GARAGE_PACKAGES = ["garage_premium.pkg", "garage_basic.pkg"]  # listed last, not in data/
+GENERATED_PACKAGES = SCALE1_PACKAGES + GARAGE_PACKAGES
 BULK_FILES_PER_ARCHIVE = 2000
 
 
@@ -94,16 +97,16 @@ class SmallInstallationTest(unittest.TestCase):
         self.assertEqual(" ".join(raw.split()), "v.0.9.14 #417")
 
     def test_resource_list_names_every_package_in_order(self):
-        self.assertEqual(listed_packages(self.out / "ferrox-resources.cfg"), SCALE1_PACKAGES)
+        self.assertEqual(listed_packages(self.out / "ferrox-resources.cfg"), GENERATED_PACKAGES)
         on_disk = sorted(p.name for p in self.packages.iterdir())
-        self.assertEqual(on_disk, sorted(SCALE1_PACKAGES))
+        self.assertEqual(on_disk, sorted(GENERATED_PACKAGES))
         self.assertFalse((self.packages / "broken_not_a_zip.pkg").exists())
 
     def test_repository_resource_list_matches_the_sample(self):
         self.assertEqual(listed_packages(REPO_RESOURCES), SCALE1_PACKAGES)
 
     def test_every_package_is_a_sound_zip_with_mixed_compression_and_folders(self):
-        for package in SCALE1_PACKAGES:
+        for package in GENERATED_PACKAGES:
             with self.subTest(package=package):
                 archive = self.open(package)
                 self.assertIsNone(archive.testzip())
@@ -127,7 +130,7 @@ class SmallInstallationTest(unittest.TestCase):
             for info in file_members(archive):
                 if info.filename.startswith("scripts/item_defs/vehicles/"):
                     continue  # game data, checked by GameDataTest
-                if info.filename.endswith((".txt", ".xml", ".primitives", ".visual")) \
+                if info.filename.endswith((".txt", ".xml")) \
                         and info.file_size and "Large_" not in info.filename:
                     data = archive.read(info)
                     self.assertIn(f"archive: {package}".encode(), data, info.filename)
@@ -244,7 +247,7 @@ def read_leaf(raw, kind):
             raise PackedError(f"floats of {len(raw)} bytes")
         return struct.unpack(f"<{len(raw) // 4}f", raw)
     if kind == 4:
-        if raw not in (b"\x00", b"\x01"):
+        if raw not in (b"", b"\x01"):  # false is stored without bytes
             raise PackedError(f"boolean bytes {raw!r}")
         return raw == b"\x01"
     if kind == 5:
@@ -373,6 +376,7 @@ class PackedEncoderTest(unittest.TestCase):
         self.assertEqual(root.tags(), ["e", "f", "m", "s", "b", "blob", "e", "empty"])
         self.assertEqual(root.child("e", "deep", "y").value, -300)
         self.assertEqual([c.kind for c in root.children], [1, 3, 3, 1, 4, 5, 1, 1])
+        self.assertEqual((root.text("b"), root.children[4].value), ("false", False))
         self.assertEqual(root.text("f"), "1.5 0 -2")
         self.assertEqual(root.child("m").value, tuple(float(v) for v in range(12)))
         self.assertEqual(root.children[6].value, "a repeated name")
@@ -752,7 +756,7 @@ class StampTest(TempDirTest):
         broken = out / "res" / "packages" / "broken_not_a_zip.pkg"
         self.assertTrue(broken.is_file())
         self.assertFalse(zipfile.is_zipfile(broken))
-        self.assertEqual(listed_packages(out / "ferrox-resources.cfg"), SCALE1_PACKAGES)
+        self.assertEqual(listed_packages(out / "ferrox-resources.cfg"), GENERATED_PACKAGES)
         # and back: the broken file goes away again
         self.assertEqual(run(out).returncode, 0)
         self.assertFalse(broken.exists())
@@ -814,8 +818,8 @@ class ScaleTest(TempDirTest):
         out = self.generate("scale3", "--scale", "3")
         packages = listed_packages(out / "ferrox-resources.cfg")
         self.assertEqual(packages[:len(SCALE1_PACKAGES)], SCALE1_PACKAGES)
-        self.assertEqual(packages[-1], "bulk_vehicle_defs.pkg")
-        bulk = packages[len(SCALE1_PACKAGES):-1]
+        self.assertEqual(packages[-3:], ["bulk_vehicle_defs.pkg"] + GARAGE_PACKAGES)
+        bulk = packages[len(SCALE1_PACKAGES):-3]
         self.assertEqual(bulk, [f"bulk_content_{i:03d}.pkg" for i in range(3)])
         self.assertEqual(sorted(p.name for p in (out / "res" / "packages").iterdir()),
                          sorted(packages))
@@ -928,6 +932,452 @@ class MissingToolTest(TempDirTest):
                                 capture_output=True, text=True, timeout=300,
                                 env={"PATH": str(empty_bin)})
         self.assertEqual(result.returncode, 0, result.stderr)
+
+
+# ------------------------------------------------ geometry, textures, garages
+# Small readers written from the file formats, independent of the writers.
+
+import gavrel_dds  # noqa: E402  (the writers under test)
+import gavrel_geometry  # noqa: E402
+import make_program_textures  # noqa: E402
+
+PRIMITIVES_MAGIC = 0x42A14E65
+REPO_GARAGES = TOOLS.parent / "data" / "garages.cfg"
+SAMPLE_MODELS = ["vehicles/Ardenia/A01_Talon", "vehicles/Borvia/B01_Kestrel",
+                 "vehicles/Caldera/C02_Basilisk", "vehicles/Drevnia/D02_Ironmoth",
+                 "vehicles/Caldera/C03_Wyvern"]
+# part: (vertex format, 32-bit indices, primitive groups, uv2 stream)
+PART_LAYOUTS = {"Chassis": ("xyznuvtb", False, 2, False), "Hull": ("xyznuvtb", False, 1, True),
+                "Turret_01": ("xyznuviiiwwtb", True, 1, False), "Gun_01": ("xyznuv", False, 1, False)}
+NATION_COLOURS = {"Ardenia": (110, 120, 60), "Borvia": (190, 165, 110),
+                  "Caldera": (95, 110, 130), "Drevnia": (120, 40, 35)}
+
+
+def read_chunks(data):
+    """{name: payload} of a .primitives file, checking every offset."""
+    if len(data) < 8 or struct.unpack_from("<I", data)[0] != PRIMITIVES_MAGIC:
+        raise ValueError("no magic")
+    table_length = struct.unpack_from("<I", data, len(data) - 4)[0]
+    if table_length > len(data) - 8:
+        raise ValueError("table longer than the file")
+    pos, end = len(data) - 4 - table_length, len(data) - 4
+    payload = 4
+    chunks = {}
+    while pos < end:
+        size, name_length = struct.unpack_from("<I16xI", data, pos)
+        name = data[pos + 24:pos + 24 + name_length].decode("ascii")
+        pos += 24 + (name_length + 3) // 4 * 4
+        if payload + size > len(data) - 4 - table_length:
+            raise ValueError("payload runs into the table")
+        chunks[name] = data[payload:payload + size]
+        payload += (size + 3) // 4 * 4
+    if pos != end or payload != len(data) - 4 - table_length:
+        raise ValueError("table and payloads do not fill the file")
+    return chunks
+
+
+def signed(value, bits):
+    return value - (1 << bits) if value >= 1 << (bits - 1) else value
+
+
+def unpack_vector(word):
+    return (signed(word & 0x7FF, 11) / 1023, signed((word >> 11) & 0x7FF, 11) / 1023,
+            signed(word >> 22, 10) / 511)
+
+
+def read_indices(payload):
+    fmt = payload[:64].split(b"\0")[0].decode("ascii")
+    count, group_count = struct.unpack_from("<II", payload, 64)
+    width = 4 if "list32" in fmt else 2
+    indices = struct.unpack_from(f"<{count}{'I' if width == 4 else 'H'}", payload, 72)
+    groups = [struct.unpack_from("<4I", payload, 72 + count * width + 16 * g)
+              for g in range(group_count)]
+    if 72 + count * width + 16 * group_count != len(payload):
+        raise ValueError("index chunk size")
+    return fmt, list(indices), groups
+
+
+def read_vertices(payload):
+    """(format, [(position, normal, uv)])"""
+    fmt = payload[:64].split(b"\0")[0].decode("ascii")
+    count = struct.unpack_from("<I", payload, 64)[0]
+    stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37}[fmt.lower()]
+    if 68 + count * stride != len(payload):
+        raise ValueError("vertex chunk size")
+    result = []
+    for i in range(count):
+        at = 68 + i * stride
+        position = struct.unpack_from("<3f", payload, at)
+        if fmt.lower() == "xyznuv":
+            normal, uv = struct.unpack_from("<3f", payload, at + 12), \
+                struct.unpack_from("<2f", payload, at + 24)
+        else:
+            normal = unpack_vector(struct.unpack_from("<I", payload, at + 12)[0])
+            uv = struct.unpack_from("<2f", payload, at + 16)
+        result.append((position, normal, uv))
+    return fmt, result
+
+
+def expand565(value):
+    r, g, b = value >> 11, (value >> 5) & 63, value & 31
+    return ((r << 3) | (r >> 2), (g << 2) | (g >> 4), (b << 3) | (b >> 2))
+
+
+def decode_colour_block(block, four_colour_only=False):
+    c0, c1, bits = struct.unpack("<HHI", block)
+    a, b = expand565(c0), expand565(c1)
+    if c0 > c1 or four_colour_only:
+        table = [a + (255,), b + (255,), tuple((2 * x + y) // 3 for x, y in zip(a, b)) + (255,),
+                 tuple((x + 2 * y) // 3 for x, y in zip(a, b)) + (255,)]
+    else:
+        table = [a + (255,), b + (255,), tuple((x + y) // 2 for x, y in zip(a, b)) + (255,),
+                 (0, 0, 0, 0)]
+    return [table[(bits >> (2 * i)) & 3] for i in range(16)]
+
+
+def decode_alpha_block(block):
+    a0, a1 = block[0], block[1]
+    bits = int.from_bytes(block[2:8], "little")
+    if a0 > a1:
+        values = [a0, a1] + [((7 - i) * a0 + i * a1) // 7 for i in range(1, 7)]
+    else:
+        values = [a0, a1] + [((5 - i) * a0 + i * a1) // 5 for i in range(1, 5)] + [0, 255]
+    return [values[(bits >> (3 * i)) & 7] for i in range(16)]
+
+
+def read_dds(data):
+    """Header fields and the decoded top level (RGBA tuples, row by row)."""
+    if data[:4] != b"DDS " or struct.unpack_from("<I", data, 4)[0] != 124:
+        raise ValueError("not a DDS file")
+    height, width = struct.unpack_from("<II", data, 12)
+    mips = struct.unpack_from("<I", data, 28)[0]
+    flags, fourcc, bits, rmask, gmask, bmask, amask = struct.unpack_from("<I4sIIIII", data, 80)
+    info = {"width": width, "height": height, "mips": max(mips, 1),
+            "format": fourcc.decode() if flags & 4 else f"RGB{bits}",
+            "masks": (rmask, gmask, bmask, amask)}
+    block = {"DXT1": 8, "DXT3": 16, "DXT5": 16}.get(info["format"])
+    sizes, w, h = [], width, height
+    for _ in range(info["mips"]):
+        sizes.append(((w + 3) // 4) * ((h + 3) // 4) * block if block else w * h * bits // 8)
+        w, h = max(1, w // 2), max(1, h // 2)
+    info["length"] = 128 + sum(sizes)
+    top = data[128:128 + sizes[0]]
+    pixels = [None] * (width * height)
+    if block:
+        for n in range(len(top) // block):
+            chunk = top[n * block:(n + 1) * block]
+            if info["format"] == "DXT1":
+                texels = decode_colour_block(chunk)
+            else:
+                texels = decode_colour_block(chunk[8:], True)
+                alphas = (decode_alpha_block(chunk[:8]) if info["format"] == "DXT5" else
+                          [((int.from_bytes(chunk[:8], "little") >> (4 * i)) & 15) * 17
+                           for i in range(16)])
+                texels = [t[:3] + (a,) for t, a in zip(texels, alphas)]
+            bx, by = n % ((width + 3) // 4) * 4, n // ((width + 3) // 4) * 4
+            for i, t in enumerate(texels):
+                x, y = bx + i % 4, by + i // 4
+                if x < width and y < height:
+                    pixels[y * width + x] = t
+    else:
+        step = bits // 8
+        for i in range(width * height):
+            p = top[i * step:(i + 1) * step]
+            pixels[i] = (p[2], p[1], p[0], p[3] if step == 4 else 255)
+    info["pixels"] = pixels
+    return info
+
+
+def mirrored_triangles(indices, vertices):
+    """Triangles as the program draws them: x negated, each triangle reversed."""
+    def mirror(v):
+        return (-v[0], v[1], v[2])
+    for t in range(0, len(indices) - 2, 3):
+        a, b, c = indices[t + 2], indices[t + 1], indices[t]
+        yield [(mirror(vertices[i][0]), mirror(vertices[i][1])) for i in (a, b, c)]
+
+
+class GeometryWriterTest(unittest.TestCase):
+    def test_container_round_trip(self):
+        chunks = [("Part.vertices", b"12345"), ("Part.indices", b""), ("uv2", bytes(range(8)))]
+        data = gavrel_geometry.primitives_file(chunks)
+        self.assertEqual(read_chunks(data), dict(chunks))
+        self.assertEqual(len(data) % 4, 0)
+        with self.assertRaises(ValueError):
+            read_chunks(data[:-1] + b"\xff")
+
+    def test_packed_vector_fields(self):
+        pack = gavrel_geometry.pack_vector
+        self.assertEqual(pack((1, 0, 0)), 1023)
+        self.assertEqual(pack((0, -1, 0)), (2048 - 1023) << 11)
+        self.assertEqual(pack((0, 0, 1)), 511 << 22)
+        self.assertEqual(pack((0, 0, -1)), (1024 - 511) << 22)
+        self.assertEqual(pack((3, 0, 0)), 1023)  # clamped
+        for v in ((0.6, -0.8, 0.0), (0.267, 0.535, -0.802)):
+            self.assertTrue(all(abs(x - y) < 1 / 500 for x, y in zip(unpack_vector(pack(v)), v)))
+
+
+class DdsWriterTest(unittest.TestCase):
+    def image(self, width, height, alpha=lambda x, y: 255):
+        return [(min(255, 40 + 9 * x), min(255, 200 - 5 * y), 90, alpha(x, y))
+                for y in range(height) for x in range(width)]
+
+    def assert_close(self, decoded, source, tolerance, channels=3):
+        for d, s in zip(decoded, source):
+            for c in range(channels):
+                self.assertLessEqual(abs(d[c] - s[c]), tolerance, (d, s))
+
+    def test_dxt1_blocks_decode_close_to_the_source(self):
+        source = self.image(8, 4)
+        info = read_dds(gavrel_dds.dds("DXT1", 8, 4, source, levels=1))
+        self.assertEqual(info["format"], "DXT1")
+        self.assert_close(info["pixels"], source, 24)
+        two_colours = [(200, 30, 30, 255) if i % 3 else (30, 30, 200, 255) for i in range(16)]
+        info = read_dds(gavrel_dds.dds("DXT1", 4, 4, two_colours, levels=1))
+        self.assert_close(info["pixels"], two_colours, 8)
+
+    def test_dxt1_transparent_pixels_use_the_three_colour_form(self):
+        source = self.image(4, 4, lambda x, y: 0 if x == y else 255)
+        data = gavrel_dds.dds("DXT1", 4, 4, source, levels=1)
+        c0, c1 = struct.unpack_from("<HH", data, 128)
+        self.assertLessEqual(c0, c1)
+        pixels = read_dds(data)["pixels"]
+        self.assertEqual([p[3] for p in pixels], [0 if s[3] == 0 else 255 for s in source])
+        self.assert_close([p for p, s in zip(pixels, source) if s[3]],
+                          [s for s in source if s[3]], 30)
+
+    def test_dxt5_and_dxt3_keep_alpha(self):
+        source = self.image(4, 4, lambda x, y: 16 * (4 * y + x) + 10)
+        data = gavrel_dds.dds("DXT5", 4, 4, source, levels=1)
+        self.assertGreater(data[128], data[129])  # eight-value alpha form
+        self.assert_close(read_dds(data)["pixels"], source, 24, channels=4)
+        self.assert_close(read_dds(gavrel_dds.dds("DXT3", 4, 4, source, levels=1))["pixels"],
+                          source, 24, channels=4)
+
+    def test_mip_chains_and_uncompressed_forms(self):
+        for fmt, size, mips in (("DXT1", (64, 16), 7), ("DXT5", (8, 8), 4),
+                                ("BGRA32", (16, 4), 5), ("BGR24", (4, 4), 3)):
+            with self.subTest(fmt=fmt):
+                source = self.image(*size)
+                data = gavrel_dds.dds(fmt, *size, source)
+                info = read_dds(data)
+                self.assertEqual((info["width"], info["height"], info["mips"]), size + (mips,))
+                self.assertEqual(info["length"], len(data))
+                if not fmt.startswith("DXT"):
+                    self.assertEqual(info["masks"][:3], (0xFF0000, 0xFF00, 0xFF))
+                    self.assertEqual(info["pixels"], [p[:3] + (255,) for p in source]
+                                     if fmt == "BGR24" else source)
+
+    def test_program_textures_are_current(self):
+        for name, data in make_program_textures.program_textures().items():
+            with self.subTest(name=name):
+                committed = (TOOLS.parent / "data" / name).read_bytes()
+                self.assertEqual(committed, data, "run tools/make_program_textures.py")
+                info = read_dds(committed)
+                self.assertEqual(info["format"], "DXT1")
+                self.assertEqual(1 << (info["mips"] - 1), info["width"])
+
+
+class ModelFilesTest(unittest.TestCase):
+    """Vehicle and garage models and their textures in one installation."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.temp = Path(tempfile.mkdtemp(prefix="ferrox-sample-test-"))
+        cls.out = cls.temp / "game"
+        result = run(cls.out)
+        if result.returncode != 0:
+            shutil.rmtree(cls.temp, ignore_errors=True)
+            raise AssertionError(result.stderr)
+        cls.game = Installation(cls.out)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.game.close()
+        shutil.rmtree(cls.temp, ignore_errors=True)
+
+    def model(self, base):
+        """(visual Node, {chunk name: payload}) of the model base.{visual,primitives}."""
+        return (self.game.xml(base + ".visual"), read_chunks(self.game.read(base + ".primitives")))
+
+    def geometry_of(self, visual, chunks):
+        geometry = visual.child("renderSet", "geometry")
+        fmt, vertices = read_vertices(chunks[geometry.text("vertices")])
+        index_fmt, indices, groups = read_indices(chunks[geometry.text("primitive")])
+        return geometry, fmt, vertices, index_fmt, indices, groups
+
+    def all_visuals(self):
+        return sorted({info.filename for archive in self.game.archives
+                       for info in file_members(archive) if info.filename.endswith(".visual")})
+
+    def test_vehicle_parts_follow_their_layout(self):
+        for folder in SAMPLE_MODELS:
+            for part, (fmt, wide, group_count, uv2) in PART_LAYOUTS.items():
+                with self.subTest(model=folder, part=part):
+                    visual, chunks = self.model(f"{folder}/normal/lod0/{part}")
+                    geometry, vfmt, vertices, ifmt, indices, groups = \
+                        self.geometry_of(visual, chunks)
+                    self.assertEqual(vfmt.lower(), fmt)
+                    self.assertEqual(ifmt, "list32" if wide else "list")
+                    self.assertEqual(len(groups), group_count)
+                    self.assertEqual(len(indices) % 3, 0)
+                    self.assertLess(max(indices), len(vertices))
+                    self.assertEqual(sum(g[1] for g in groups) * 3, len(indices))
+                    for start, triangles, first, count in groups:
+                        used = indices[start:start + 3 * triangles]
+                        self.assertTrue(first <= min(used) and max(used) < first + count)
+                    for _, normal, _ in vertices:
+                        self.assertAlmostEqual(math.hypot(*normal), 1.0, delta=0.01)
+                    self.assertEqual(geometry.text("stream") == "uv2", uv2)
+                    if uv2:
+                        self.assertEqual(len(chunks["uv2"]), 8 * len(vertices))
+        wyvern_gun = read_chunks(self.game.read(f"{SAMPLE_MODELS[4]}/normal/lod0/Gun_01.primitives"))
+        self.assertEqual(read_vertices(wyvern_gun["Gun_01.vertices"])[0], "XYZNUV")
+
+    def test_triangles_face_outward_after_mirroring(self):
+        bases = [f"{SAMPLE_MODELS[0]}/normal/lod0/{part}" for part in PART_LAYOUTS]
+        bases.append("spaces/Hangar_Premium/models/Floor")
+        for base in bases:
+            with self.subTest(model=base):
+                _, _, vertices, _, indices, _ = self.geometry_of(*self.model(base))
+                for corners in mirrored_triangles(indices, vertices):
+                    (a, na), (b, nb), (c, nc) = corners
+                    ab = [q - p for p, q in zip(a, b)]
+                    ac = [q - p for p, q in zip(a, c)]
+                    face = (ab[1] * ac[2] - ab[2] * ac[1], ab[2] * ac[0] - ab[0] * ac[2],
+                            ab[0] * ac[1] - ab[1] * ac[0])
+                    mean = [x + y + z for x, y, z in zip(na, nb, nc)]
+                    self.assertGreater(sum(f * m for f, m in zip(face, mean)), 0, corners)
+
+    def test_vehicle_stands_on_the_ground_at_its_size(self):
+        points = [v[0] for part in ("Chassis", "Hull") for v in self.geometry_of(
+            *self.model(f"{SAMPLE_MODELS[0]}/normal/lod0/{part}"))[2]]
+        low, high = ([f(p[i] for p in points) for i in range(3)] for f in (min, max))
+        self.assertAlmostEqual(low[1], 0.0, places=4)
+        self.assertAlmostEqual(low[0], -high[0], places=4)
+        self.assertTrue(2.5 <= high[0] - low[0] <= 3.5 and 5.5 <= high[2] - low[2] <= 6.5)
+
+    def test_joints_sit_on_the_part_below(self):
+        for folder in SAMPLE_MODELS:
+            for below, joint in (("Hull", "HP_turretJoint"), ("Turret_01", "HP_gunJoint")):
+                with self.subTest(model=folder, joint=joint):
+                    visual, chunks = self.model(f"{folder}/normal/lod0/{below}")
+                    position = find_translation(visual.child("node"), joint)
+                    self.assertIsNotNone(position)
+                    _, _, vertices, _, _, _ = self.geometry_of(visual, chunks)
+                    top = max(v[0][1] for v in vertices)
+                    self.assertTrue(0 < position[1] <= top + 0.01, (position, top))
+
+    def test_every_visual_names_its_nodes_chunks_and_existing_textures(self):
+        visuals = self.all_visuals()
+        self.assertGreaterEqual(len(visuals), 5 * 4 + 7 + 1)
+        for name in visuals:
+            with self.subTest(visual=name):
+                data = self.game.read(name)
+                self.assertEqual(data.startswith(PACKED_MAGIC), "D02_Ironmoth" not in name)
+                visual = load_xml(data, name.rsplit("/", 1)[-1])
+                root = visual.child("node")
+                self.assertEqual(root.text("identifier"), "Scene Root")
+                render_set = visual.child("renderSet")
+                self.assertIsNotNone(find_translation(root, render_set.text("node")))
+                chunks = read_chunks(self.game.read(name[:-len(".visual")] + ".primitives"))
+                _, _, _, _, _, groups = self.geometry_of(visual, chunks)
+                for group in render_set.child("geometry").children:
+                    if group.tag != "primitiveGroup":
+                        continue
+                    self.assertLess(int(group.text().split()[0]), len(groups))
+                    material = group.child("material")
+                    self.assertTrue(material.text("fx").startswith("shaders/std_effects/"))
+                    for prop in material.children:
+                        texture = prop.text("Texture")
+                        if prop.tag == "property" and texture:
+                            if texture.endswith(".tga"):
+                                texture = texture[:-4] + ".dds"
+                            self.assertIsNotNone(self.game.place(texture), texture)
+
+    def test_diffuse_textures_show_the_nation_colour(self):
+        for folder in SAMPLE_MODELS:
+            nation = folder.split("/")[1]
+            for part in PART_LAYOUTS:
+                with self.subTest(model=folder, part=part):
+                    info = read_dds(self.game.read(f"{folder}/{part}_AM.dds"))
+                    self.assertEqual(1 << (info["mips"] - 1), info["width"])
+                    counts = {}
+                    for p in info["pixels"]:
+                        counts[p[:3]] = counts.get(p[:3], 0) + 1
+                    dominant = max(counts, key=counts.get)
+                    self.assertGreater(counts[dominant], 0.7 * len(info["pixels"]))
+                    self.assertTrue(all(abs(a - b) <= 6 for a, b in
+                                        zip(dominant, NATION_COLOURS[nation])), dominant)
+        kestrel_gun = read_dds(self.game.read(f"{SAMPLE_MODELS[1]}/Gun_01_AM.dds"))
+        self.assertEqual(kestrel_gun["format"], "RGB32")
+        self.assertGreater(kestrel_gun["mips"], 1)
+
+    def test_texformat_names_a_one_level_hd_texture(self):
+        base = f"{SAMPLE_MODELS[0]}/Hull_AM"
+        sidecar = self.game.xml(base + ".texformat")
+        hd_name = sidecar.children[0].text("mip")
+        hd, regular = read_dds(self.game.read(hd_name)), read_dds(self.game.read(base + ".dds"))
+        self.assertEqual(self.game.place(hd_name), self.game.place(base + ".dds"))
+        self.assertEqual((hd["format"], hd["mips"]), ("DXT1", 1))
+        self.assertEqual((hd["width"], hd["height"]), (2 * regular["width"], 2 * regular["height"]))
+
+    def test_garages_name_existing_models_outside_the_vehicle_area(self):
+        root = ElementTree.parse(REPO_GARAGES).getroot()
+        repo_list = listed_packages(REPO_RESOURCES)
+        for garage in ("Premium", "Basic"):
+            element = root.find(garage)
+            zips = [z.text for z in element.iter("Zip")]
+            self.assertTrue(zips)
+            archives = {}
+            for name in zips:
+                self.assertNotIn(name, repo_list)
+                archives[name] = zipfile.ZipFile(self.out / "res" / "packages" / name)
+                self.addCleanup(archives[name].close)
+            meshes = list(element.iter("Mesh"))
+            files = [m.findtext("File") for m in meshes]
+            self.assertLess(len(set(files)), len(files))  # one model placed twice
+            for mesh, model in zip(meshes, files):
+                with self.subTest(garage=garage, model=model):
+                    base = model[:-len(".model")]
+                    owner = [a for a in archives.values() if base + ".visual" in a.namelist()]
+                    self.assertEqual(len(owner), 1)
+                    chunks = read_chunks(owner[0].read(base + ".primitives"))
+                    visual = load_xml(owner[0].read(base + ".visual"))
+                    _, _, vertices, _, _, _ = self.geometry_of(visual, chunks)
+                    for x, y, z in placed(mesh, [v[0] for v in vertices]):
+                        self.assertFalse(abs(x) < 4 and abs(z) < 5 and y > 0.01, (x, y, z))
+
+
+def find_translation(node, identifier):
+    """Translation of the node of that identifier below or at node, or None."""
+    if node.text("identifier").lower() == identifier.lower():
+        transform = node.child("transform")
+        if transform.kind == 3:
+            return transform.value[9:12]
+        return tuple(float(v) for v in transform.text("row3").split())
+    for child in node.children:
+        if child.tag == "node":
+            found = find_translation(child, identifier)
+            if found is not None:
+                return found
+    return None
+
+
+def placed(mesh, points):
+    """Points scaled, turned about y and moved as a garages.cfg Mesh says."""
+    def vector(tag, default):
+        text = mesh.findtext(tag)
+        return [float(v) for v in text.split()] if text else default
+    position = vector("Position", [0.0, 0.0, 0.0])
+    axis_angle = vector("Rotation", [0.0, 1.0, 0.0, 0.0])
+    scaling = vector("Scale", [1.0, 1.0, 1.0])
+    assert axis_angle[:3] == [0.0, 1.0, 0.0], "only turns about y are laid out here"
+    angle = math.radians(axis_angle[3])
+    for p in points:
+        x, y, z = (p[i] * scaling[i] for i in range(3))
+        x, z = x * math.cos(angle) + z * math.sin(angle), -x * math.sin(angle) + z * math.cos(angle)
+        yield x + position[0], y + position[1], z + position[2]
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@
 
 #include <array>
 
+class QOpenGLFunctions_3_2_Core;
 class ShaderProgram;
 
 // The GL state of one primitive group in one lighting mode: program, flags,
@@ -64,4 +65,8 @@ public:
     bool skipDraw = false;
     Vector4 detailTile{0, 0, 0, 0};
     float detailPower = 0;
+
+private:
+    // The shadow, light and detail uniforms only lit programs read.
+    void applyLighting(QOpenGLFunctions_3_2_Core* gl);
 };

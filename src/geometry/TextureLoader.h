@@ -54,5 +54,7 @@ private:
     // Loads key into a new texture; noTexture (with a warning) on failure.
     unsigned int loadFile(const QString& key);
     QIODevice* openTexture(const QString& key);
+    // The high-definition base level a .texformat beside key names, or null.
+    QIODevice* openHighDefinition(const QString& key);
     float driverMaxAnisotropy() const;
 };

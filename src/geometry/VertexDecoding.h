@@ -43,6 +43,8 @@ struct VertexChunkHeader
     quint32 vertexCount = 0; // as the file says
 };
 bool readVertexChunkHeader(const QByteArray& chunkBytes, VertexChunkHeader& header);
+// Whole records of header.format in the chunk, at most header.vertexCount.
+quint32 vertexRecordsPresent(const VertexChunkHeader& header, const QByteArray& chunkBytes);
 // Decodes the records that are there: false (with a log line) if the chunk
 // or the stream is shorter than the count; output must have room for
 // header.vertexCount vertices; vertices beyond the data stay zero.

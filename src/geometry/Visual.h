@@ -45,6 +45,16 @@ struct RenderGeometry
     VertexBuffer* vertexBuffer = nullptr; // BufferManager's
     IndexBuffer* indexBuffer = nullptr;   // owned
     QList<GroupMaterials*> groups;        // owned
+    // Per PrimitiveGroup of the index buffer: its index range lies inside the
+    // index data and every index in it names a vertex of the vertex buffer.
+    // Groups that fail are never drawn, so a forged file cannot make GL read
+    // past a buffer.
+    QList<bool> validGroups;
+
+    bool drawable(int groupIndex) const
+    {
+        return groupIndex >= 0 && groupIndex < validGroups.size() && validGroups[groupIndex];
+    }
 };
 
 struct RenderSet
@@ -89,4 +99,8 @@ protected:
                               QVector<MeshGeometry*>& geometries, bool perTankTextures);
     void collectUvGroups(const QVector<MeshGeometry*>& geometries,
                          QVector<UvGroup>& uvGroups) const;
+    RenderGeometry* buildGeometry(PrimitiveParser* parser, const QDomElement& element,
+                                  MeshGeometry* geometry, bool perTankTextures);
+    // Node trees deeper than this are cut with a warning.
+    static constexpr int MaxNodeDepth = 64;
 };

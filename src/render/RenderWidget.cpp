@@ -2,14 +2,17 @@
 
 #include "Database.h"
 #include "FileDialogs.h"
+#include "Garage.h"
 #include "GlErrors.h"
 #include "Log.h"
+#include "MaterialLoader.h"
 #include "MatrixStack.h"
 #include "MessageBoxes.h"
 #include "Settings.h"
 #include "ShaderLoader.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
+#include "TextureLoader.h"
 
 #include <QAbstractSlider>
 #include <QLabel>
@@ -160,7 +163,7 @@ RenderWidget::~RenderWidget()
     if (!initialised && !gl)
         return;
     makeCurrent();
-    releaseSceneLoadersHook();
+    releaseScene();
     if (shadowTexture)
         gl->glDeleteTextures(1, &shadowTexture);
     if (shadowFbo)
@@ -187,7 +190,7 @@ void RenderWidget::initializeGL()
 
     if (!loadShaders())
         reportFatal(QStringLiteral("Shader initialization failed."));
-    createSceneLoadersHook();
+    createSceneLoaders();
 
     // The table's rebuild needs the loaders above and the catalogues.
     if (const Settings* settings = Settings::instance(); settings && settings->gavrelPathValid) {
@@ -201,7 +204,7 @@ void RenderWidget::initializeGL()
     new MatrixStack(this);
     if (const Settings* settings = Settings::instance())
         premiumScene = settings->sceneSet == QLatin1String("premium");
-    createSceneObjectsHook();
+    createSceneObjects();
 
     makeFbo();
     resetCamera();
@@ -209,6 +212,7 @@ void RenderWidget::initializeGL()
         setViewportColor(settings->viewportColor);
     else
         setViewportColor(QColor(Qt::darkGray));
+    initOverlays();
 
     checkGlErrors(QStringLiteral("render init finished"));
     initialised = true;
@@ -222,6 +226,52 @@ void RenderWidget::initializeGL()
     // all CPUs) are started with the context, which now exists.
     pinToLowestCpu();
     Log::log(QStringLiteral("OpenGL Initialising complete."), Log::Info);
+}
+
+// TankLoader and CamoLoader join these once they exist.
+void RenderWidget::createSceneLoaders()
+{
+    materialLoader = new MaterialLoader(this);
+    textureLoader = new TextureLoader(this);
+}
+
+void RenderWidget::createSceneObjects()
+{
+    premiumGarage = new PremiumGarage(this);
+    basicGarage = new BasicGarage(this);
+    materialLoader->createDefaultMaterials();
+    gridMesh.create(gridSize);
+    premiumGarage->load();
+    basicGarage->load();
+    materialLoader->light = &light;
+}
+
+void RenderWidget::initOverlays()
+{
+    overlay.init();
+    rayLines.init();
+    hitMarker.init(QColor(QStringLiteral("royalblue")));
+    // Out of sight until a shell hits something.
+    hitMarker.setPosition({999, 999, 999});
+}
+
+// Everything here holds GL objects: the context is current.
+void RenderWidget::releaseScene()
+{
+    delete premiumGarage;
+    premiumGarage = nullptr;
+    delete basicGarage;
+    basicGarage = nullptr;
+    gridMesh.release();
+    overlay.release();
+    rayLines.release();
+    hitMarker.release();
+    delete textureLoader;
+    textureLoader = nullptr;
+    if (materialLoader && materialLoader->light == &light)
+        materialLoader->light = nullptr;
+    delete materialLoader;
+    materialLoader = nullptr;
 }
 
 bool RenderWidget::checkContextVersion()
@@ -340,7 +390,9 @@ void RenderWidget::makeFbo()
     gl->glBindTexture(GL_TEXTURE_2D, 0);
     // The widget's own framebuffer, not 0: Qt composes from it.
     gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-    // TextureLoader hook: it binds shadowTexture to unit 7 as shadowMap.
+    // Materials bind it to unit 7 as shadowMap.
+    if (textureLoader)
+        textureLoader->shadowTexture = shadowTexture;
     checkGlErrors(QStringLiteral("FBO"));
     Log::log(QStringLiteral("Shadow Map size: ") + QString::number(size) + QStringLiteral(" x ") +
                  QString::number(size),
@@ -377,6 +429,7 @@ void RenderWidget::runFrame()
     if (window()->isMinimized())
         return;
     ++framesRun;
+    rayLines.clear();
 
     const qint64 now = clock.elapsed();
     const qint64 dt = now - lastFrameMs;
@@ -398,7 +451,7 @@ void RenderWidget::runFrame()
     if (multisample)
         gl->glEnable(GL_MULTISAMPLE);
     renderScene();
-    drawOverlayHook(viewWidth, viewHeight);
+    drawOverlay(viewWidth, viewHeight);
 
     updateFrameStatistics(counter.nsecsElapsed());
     requestNextFrame();
@@ -410,11 +463,10 @@ bool RenderWidget::shadowsWanted() const
     return lightingMode() == 0 && settings && settings->showShadows && shadowFbo;
 }
 
-// MaterialLoader hook: its lighting mode (0 = full materials). Until it
-// exists the scene is lit fully.
+// 0 = full materials; before the loader exists the scene is lit fully.
 int RenderWidget::lightingMode() const
 {
-    return 0;
+    return materialLoader ? materialLoader->lightingMode : 0;
 }
 
 void RenderWidget::renderShadowPass()
@@ -450,13 +502,46 @@ void RenderWidget::clearWithViewportColor(bool transparent)
 void RenderWidget::renderScene()
 {
     if (gridShown)
-        drawGridHook();
+        gridMesh.draw();
     // An orthographic camera never shows the backdrop.
     if (camera.projectionType == 1 && garageShown)
-        drawGarageHook();
+        drawGarage();
     drawScene(ColourPass);
     if (armorMode)
-        drawArmorRayHook();
+        drawArmorRay();
+}
+
+Garage* RenderWidget::garageInUse() const
+{
+    return premiumScene ? premiumGarage : basicGarage;
+}
+
+void RenderWidget::drawGarage()
+{
+    if (Garage* garage = garageInUse())
+        garage->draw();
+}
+
+void RenderWidget::drawArmorRay()
+{
+    rayLines.addLine(rayEnd, rayStart, QColor(QStringLiteral("yellow")));
+    rayLines.draw();
+    hitMarker.draw();
+}
+
+void RenderWidget::drawOverlay(int w, int h)
+{
+    OverlayFacts facts;
+    facts.showTankInfo = tankInfoShown;
+    facts.showRenderInfo = renderInfoShown;
+    // Nation, name, category, tier, hit points and the vehicle's triangle
+    // count come from TankLoader; until it exists they stay empty and 0.
+    facts.fpsAverage = fpsAverage;
+    facts.frameTimeMs = frameTimeMs;
+    const Garage* garage = garageInUse();
+    facts.sceneTriangles = garageShown && garage ? garage->triangleCount() : 0;
+    facts.font = font;
+    overlay.render(facts, w, h);
 }
 
 void RenderWidget::drawScene(ScenePass pass)
@@ -508,7 +593,7 @@ QImage RenderWidget::renderToImage(int width, int height, bool transparent)
     clearWithViewportColor(transparent);
     gl->glEnable(GL_MULTISAMPLE);
     renderScene();
-    drawOverlayHook(width, height);
+    drawOverlay(width, height);
 
     QImage image = target.toImage();
     target.release();
@@ -627,12 +712,22 @@ void RenderWidget::toggleText(bool hidden)
 void RenderWidget::toggleRenderInfo(bool hidden)
 {
     renderInfoShown = !hidden;
-    // TextOverlay hook: mark the overlay dirty.
+    // Switched off, the last statistics would stay in the image.
+    overlay.dirty = true;
 }
 
-// Garage and TankLoader hook: reload the backdrops' meshes and the vehicle.
+// TankLoader::reload follows the garages once it exists.
 void RenderWidget::sceneReload()
 {
+    if (gl) {
+        makeCurrent();
+        for (Garage* garage : {premiumGarage, basicGarage}) {
+            if (!garage)
+                continue;
+            garage->clear();
+            garage->load();
+        }
+    }
     showStatusMessage(QStringLiteral("Scene Reload done."), 0);
 }
 
@@ -672,7 +767,8 @@ void RenderWidget::loadCameraView()
 void RenderWidget::armorToggle(bool val)
 {
     armorMode = val;
-    // LineBuffer hook: clear the ray lines; TextOverlay hook: mark dirty.
+    rayLines.clear();
+    overlay.dirty = true;
     setCursor(cursors[val ? ArmorCursor : IdleCursor]);
 }
 

@@ -2,7 +2,11 @@
 
 #include "Camera.h"
 #include "CameraControls.h"
+#include "GridMesh.h"
+#include "LineBuffer.h"
+#include "MarkerSphere.h"
 #include "SceneLight.h"
+#include "TextOverlay.h"
 
 #include <QColor>
 #include <QCursor>
@@ -15,8 +19,11 @@
 #include <functional>
 #include <map>
 
+class Garage;
+class MaterialLoader;
 class QOpenGLFunctions_3_2_Core;
 class Settings;
+class TextureLoader;
 
 // The samples an MSAA setting asks for: "2x", "4x", "8x", "16x" give 2 to 16,
 // any other text 0.
@@ -101,6 +108,18 @@ public:
     // Frames run and next frames asked for since construction.
     int framesRun = 0;
     int framesRequested = 0;
+
+    // The scene's own drawables beside the vehicle, built in initializeGL.
+    Garage* premiumGarage = nullptr;
+    Garage* basicGarage = nullptr;
+    GridMesh gridMesh;
+    TextOverlay overlay;
+    LineBuffer rayLines;
+    MarkerSphere hitMarker;
+    // The armour ray's ends. Physics will own them; until then the ray
+    // stays a point at the origin.
+    Vector3 rayStart{0, 0, 0};
+    Vector3 rayEnd{0, 0, 0};
 
     unsigned int shadowFbo = 0;
     unsigned int shadowTexture = 0;
@@ -188,23 +207,17 @@ private:
     bool shadowsWanted() const;
     int lightingMode() const;
 
-    // Hook points of later work, empty until their classes exist.
-    // GridMesh: draw the grid of gridSize cells.
-    void drawGridHook() {}
-    // Garage: the premium or basic backdrop, perspective camera only.
-    void drawGarageHook() {}
-    // Physics/LineBuffer/MarkerSphere: the armour ray and its hit marker.
-    void drawArmorRayHook() {}
-    // TextOverlay: vehicle info and frame statistics for a w x h target.
-    void drawOverlayHook(int w, int h) { (void)w, (void)h; }
+    void createSceneLoaders();
+    void createSceneObjects();
+    void initOverlays();
+    void releaseScene();
+    void drawGarage();
+    void drawArmorRay();
+    void drawOverlay(int w, int h);
+    // The garage the SceneSet setting picks.
+    Garage* garageInUse() const;
     // Physics: fire a ray from the camera through the last mouse position.
     void fireRayHook() {}
-    // MaterialLoader, TankLoader, TextureLoader, CamoLoader: created in
-    // initializeGL before the Database rebuild; the shadow texture goes to
-    // TextureLoader from makeFbo.
-    void createSceneLoadersHook() {}
-    void createSceneObjectsHook() {}
-    void releaseSceneLoadersHook() {}
 
     QOpenGLFunctions_3_2_Core* gl = nullptr;
     QElapsedTimer clock;
@@ -215,4 +228,6 @@ private:
     int maxImageSide = 0;
     int requestedSamples = 0;
     int grantedSamples = 0;
+    MaterialLoader* materialLoader = nullptr;
+    TextureLoader* textureLoader = nullptr;
 };

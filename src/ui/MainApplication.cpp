@@ -1,5 +1,6 @@
 #include "MainApplication.h"
 
+#include "BufferManager.h"
 #include "CommonMessages.h"
 #include "Database.h"
 #include "Environment.h"
@@ -26,6 +27,8 @@ void MainApplication::initialise()
 
     Log::log(QStringLiteral("Gavrel Version: ") + gameVersionString(), Log::Info);
 
+    new BufferManager;
+
     // Connects itself to the game path; its first rebuild runs in the
     // viewport's GL start-up, once the loaders it needs exist.
     new Database;
@@ -37,6 +40,9 @@ MainApplication::~MainApplication()
     if (!initialised)
         return;
     delete Database::instance();
+    // Its GL objects are freed only if a context is still current; the
+    // window and its context are gone by now in a normal shutdown.
+    delete BufferManager::instance();
     delete Settings::instance();
     delete FileManager::instance();
     delete MoReaderCached::instance();

@@ -1,7 +1,9 @@
 #include "MainWindow.h"
 
 #include "Constants.h"
+#include "MaterialLoader.h"
 #include "RenderWidget.h"
+#include "Settings.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
 
@@ -23,6 +25,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     renderWidget = new RenderWidget(this);
     renderWidget->setObjectName(QStringLiteral("RenderWidget"));
     setCentralWidget(renderWidget);
+    applySceneSettings();
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 }
@@ -43,4 +46,21 @@ void MainWindow::initialiseViewport()
         QCoreApplication::processEvents();
     if (!renderWidget->isValid())
         reportStartupError(QStringLiteral("OpenGL 3.2 is required."));
+    // The material loader exists only once the viewport's GL has started.
+    applySceneSettings();
+}
+
+void MainWindow::applySceneSettings()
+{
+    const Settings* settings = Settings::instance();
+    if (!settings)
+        return;
+    // The scene check boxes say "hide", hence the negations.
+    renderWidget->showGarage(!settings->showHangar);
+    renderWidget->showGrid(!settings->showGrid);
+    renderWidget->toggleText(!settings->showTankInfo);
+    renderWidget->toggleRenderInfo(!settings->showRenderInfo);
+    renderWidget->toggleGarage(settings->sceneSet != QLatin1String("basic"));
+    if (MaterialLoader* materials = MaterialLoader::instance())
+        materials->lightingMode = settings->lighting == QLatin1String("disabled") ? 1 : 0;
 }

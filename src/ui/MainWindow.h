@@ -17,6 +17,9 @@ public:
     // so that its failures are known before the event loop. A viewport whose
     // context cannot be made reports the missing OpenGL as a start-up error.
     void initialiseViewport();
+    // Shows or hides the backdrop, grid and overlay blocks, picks the garage
+    // and the lighting mode as the scene settings say.
+    void applySceneSettings();
 
     RenderWidget* renderWidget = nullptr;
 };

@@ -1,1 +1,416 @@
-// placeholder
+#include "DdsImage.h"
+
+#include "LogCapture.h"
+#include "ToolRunner.h"
+
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+// Header offsets of the fields the tests set.
+enum HeaderField
+{
+    DepthAt = 24,
+    CodeAt = 84,
+    BitCountAt = 88,
+    RedMaskAt = 92,
+    BlueMaskAt = 100,
+    AlphaMaskAt = 104,
+    Caps2At = 112
+};
+using Fields = std::vector<std::pair<int, quint32>>;
+
+// A hand-made DDS file; `code` is a four-character code or empty. Shared
+// with test_DdsUpload.cpp.
+QByteArray makeDds(int width, int height, int mips, const char* code, const QByteArray& data,
+                   const Fields& fields = {})
+{
+    QByteArray file(128, '\0');
+    std::memcpy(file.data(), "DDS ", 4);
+    if (*code)
+        std::memcpy(file.data() + CodeAt, code, 4);
+    Fields all = {{12, quint32(height)}, {16, quint32(width)}, {28, quint32(mips)}};
+    all.insert(all.end(), fields.begin(), fields.end());
+    for (const auto& [offset, value] : all)
+        qToLittleEndian(value, file.data() + offset);
+    return file + data;
+}
+
+namespace {
+QByteArray dx10(quint32 dxgi, int dataBytes)
+{
+    QByteArray header(20, '\0');
+    qToLittleEndian(dxgi, header.data());
+    return makeDds(4, 4, 1, "DX10", header + QByteArray(dataBytes, '\0'));
+}
+
+QByteArray bytes(std::initializer_list<int> values)
+{
+    QByteArray result;
+    for (int v : values)
+        result.append(char(v));
+    return result;
+}
+
+// Decodes and returns the pixels, failing the test when a step fails.
+QByteArray decoded(const QByteArray& file, DdsFormat expected)
+{
+    DdsImage image;
+    EXPECT_TRUE(image.parse(file));
+    EXPECT_TRUE(image.decompress());
+    EXPECT_EQ(image.format, expected);
+    return image.pixels;
+}
+
+int pixelByte(const QByteArray& pixels, int index)
+{
+    return uchar(pixels.at(index));
+}
+} // namespace
+
+TEST(DdsImage, DetectsFormatFromCodesDxgiAndBitCounts)
+{
+    const QByteArray data(256, '\0'); // enough for 4 x 4 in any format
+    auto coded = [&](const char* code) { return makeDds(4, 4, 1, code, data); };
+    auto numeric = [&](quint32 code) { return makeDds(4, 4, 1, "", data, {{CodeAt, code}}); };
+    auto bits = [&](quint32 count, quint32 red, quint32 blue, quint32 alpha) {
+        return makeDds(
+            4, 4, 1, "", data,
+            {{BitCountAt, count}, {RedMaskAt, red}, {BlueMaskAt, blue}, {AlphaMaskAt, alpha}});
+    };
+    const std::pair<QByteArray, DdsFormat> cases[] = {
+        {coded("DXT1"), DdsFormat::DXT1},
+        {coded("DXT3"), DdsFormat::DXT3},
+        {coded("DXT5"), DdsFormat::DXT5},
+        {coded("ATI1"), DdsFormat::ATI1N},
+        {coded("ATI2"), DdsFormat::ATI2N},
+        {numeric(34), DdsFormat::RG16},
+        {numeric(36), DdsFormat::RGBA16},
+        {numeric(111), DdsFormat::R16F},
+        {numeric(113), DdsFormat::RGBA16F},
+        {numeric(116), DdsFormat::RGBA32F},
+        {dx10(2, 256), DdsFormat::RGBA32F},
+        {dx10(24, 64), DdsFormat::RGB10A2},
+        {dx10(26, 64), DdsFormat::RG11B10F},
+        {dx10(49, 32), DdsFormat::RG8},
+        {dx10(67, 64), DdsFormat::RGB9E5},
+        {dx10(83, 16), DdsFormat::ATI2N},
+        {bits(8, 0, 0, 0), DdsFormat::R8},
+        {bits(16, 0, 0, 0xF000), DdsFormat::RGBA4},
+        {bits(16, 0, 31, 0xFF00), DdsFormat::RG8},
+        {bits(16, 0, 31, 0), DdsFormat::RGB565},
+        {bits(16, 0, 0, 0), DdsFormat::R16},
+        {bits(24, 0, 0, 0), DdsFormat::RGB8},
+        {bits(32, 0x3FF00000, 0, 0), DdsFormat::RGB10A2},
+        {bits(32, 0xFF, 0, 0), DdsFormat::RGBA8}};
+    for (const auto& [file, format] : cases) {
+        DdsImage image;
+        EXPECT_TRUE(image.parse(file));
+        EXPECT_EQ(image.format, format) << ddsFormatName(format);
+    }
+
+    LogCapture log;
+    DdsImage image;
+    EXPECT_FALSE(image.parse(dx10(99, 256)));
+    EXPECT_FALSE(image.parse(bits(12, 0, 0, 0)));
+    EXPECT_EQ(log.lines.size(), 2);
+}
+
+TEST(DdsImage, CountsLevelsFacesAndSlices)
+{
+    DdsImage image;
+    ASSERT_TRUE(image.parse(makeDds(2, 2, 2, "DXT1", QByteArray(16, '\0'))));
+    EXPECT_EQ(image.dataSize(0, 1), 8);
+    EXPECT_EQ(image.dataSize(1, 1), 8);
+    EXPECT_EQ(image.dataSize(0, 1, DdsFormat::RGBA8), 16);
+
+    ASSERT_TRUE(image.parse(makeDds(2, 2, 0, "DXT1", QByteArray(8, '\0'))));
+    EXPECT_EQ(image.mipCount, 1);
+
+    const Fields volume = {{BitCountAt, 8}, {DepthAt, 4}};
+    ASSERT_TRUE(image.parse(makeDds(4, 4, 3, "", QByteArray(64 + 8 + 1, '\0'), volume)));
+    EXPECT_EQ(image.depth, 4);
+    EXPECT_EQ(image.dataSize(0, 3), 73);
+
+    // A cube map's file holds face after face; in memory each level holds
+    // its six faces together. Byte value: face * 16 + level.
+    QByteArray file;
+    for (int face = 0; face < 6; ++face)
+        for (int level = 0; level < 2; ++level)
+            file += QByteArray(8, char(face * 16 + level));
+    ASSERT_TRUE(image.parse(makeDds(4, 4, 2, "DXT1", file, {{Caps2At, 0x200}})));
+    EXPECT_EQ(image.depth, 0);
+    ASSERT_EQ(image.dataSize(0, 2), 96);
+    for (int level = 0; level < 2; ++level)
+        for (int face = 0; face < 6; ++face)
+            EXPECT_EQ(image.pixels.at((level * 6 + face) * 8), char(face * 16 + level));
+}
+
+TEST(DdsImage, RejectsDamagedHeadersWithOneWarning)
+{
+    // Enough data for every claimed size, so only the limits can refuse.
+    const QByteArray plenty(40000, '\0');
+    const Fields r8 = {{BitCountAt, 8}};
+    const QByteArray damaged[] = {
+        makeDds(8, 8, 2, "DXT1", QByteArray(39, '\0')), // one byte short
+        makeDds(4, 4, 1, "DXT1", {}).left(127),
+        dx10(71, 0).left(140),
+        QByteArray("XDS ") + makeDds(4, 4, 1, "DXT1", plenty).mid(4),
+        makeDds(0, 4, 1, "DXT1", plenty),
+        makeDds(40000, 1, 1, "", plenty, r8),
+        makeDds(1, 1, 1, "", plenty, {{BitCountAt, 8}, {DepthAt, 3000}}),
+        makeDds(4, 4, 4, "DXT1", plenty), // a 4 x 4 chain has three levels
+    };
+    for (const QByteArray& file : damaged) {
+        LogCapture log;
+        DdsImage image;
+        EXPECT_FALSE(image.parse(file));
+        EXPECT_EQ(log.lines.size(), 1);
+        EXPECT_TRUE(log.lines.value(0).startsWith(QLatin1String("[Warning] ")));
+    }
+}
+
+TEST(DdsImage, SwapsRedAndBlueOnlyForBlueFirstFiles)
+{
+    DdsImage image;
+    const QByteArray pixel = bytes({1, 2, 3, 4});
+    ASSERT_TRUE(image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 255}})));
+    EXPECT_EQ(image.pixels, bytes({3, 2, 1, 4}));
+    ASSERT_TRUE(
+        image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 0xFF0000}})));
+    EXPECT_EQ(image.pixels, pixel);
+}
+
+TEST(DdsImage, DecodesColourBlocksInBothModes)
+{
+    // c0 = c1 = pure red (0xF800): DXT1 takes the three-colour form, index 3
+    // black; indices of row 0 are 0, 1, 2, 3.
+    const QByteArray equal = bytes({0x00, 0xF8, 0x00, 0xF8, 0xE4, 0, 0, 0});
+    QByteArray rgb = decoded(makeDds(4, 4, 1, "DXT1", equal), DdsFormat::RGB8);
+    EXPECT_EQ(rgb.left(12), bytes({248, 0, 0, 248, 0, 0, 248, 0, 0, 0, 0, 0}));
+
+    // c0 = white (0xFFFF) > c1 = black: four colours with thirds.
+    const QByteArray ordered = bytes({0xFF, 0xFF, 0x00, 0x00, 0xE4, 0, 0, 0});
+    rgb = decoded(makeDds(4, 4, 1, "DXT1", ordered), DdsFormat::RGB8);
+    EXPECT_EQ(pixelByte(rgb, 0), 248);
+    EXPECT_EQ(pixelByte(rgb, 1), 252); // green of colour 0: 63 << 2
+    EXPECT_EQ(pixelByte(rgb, 6), (2 * 248 + 1) / 3);
+    EXPECT_EQ(pixelByte(rgb, 9), (248 + 1) / 3);
+
+    // c0 < c1 (black, white): mid-grey and black in DXT1, thirds in DXT3.
+    const QByteArray reversed = bytes({0x00, 0x00, 0xFF, 0xFF, 0xE4, 0, 0, 0});
+    rgb = decoded(makeDds(4, 4, 1, "DXT1", reversed), DdsFormat::RGB8);
+    EXPECT_EQ(pixelByte(rgb, 6), (248 + 1) / 2);
+    EXPECT_EQ(pixelByte(rgb, 9), 0);
+    const QByteArray dxt3 = bytes({0x10, 0xF2, 0, 0, 0, 0, 0, 0}) + reversed;
+    const QByteArray rgba = decoded(makeDds(4, 4, 1, "DXT3", dxt3), DdsFormat::RGBA8);
+    EXPECT_EQ(pixelByte(rgba, 8), (248 + 1) / 3);
+    EXPECT_EQ(pixelByte(rgba, 12), (2 * 248 + 1) / 3);
+    // Alpha nibbles of row 0, lowest first: 0, 1, 2, 15.
+    EXPECT_EQ(pixelByte(rgba, 3), 0);
+    EXPECT_EQ(pixelByte(rgba, 7), 17);
+    EXPECT_EQ(pixelByte(rgba, 11), 34);
+    EXPECT_EQ(pixelByte(rgba, 15), 255);
+}
+
+TEST(DdsImage, DecodesAlphaBlocksAndChannelOrder)
+{
+    // Indices 0..7 over the first eight pixels: 3-bit fields, lowest first.
+    const QByteArray indices = bytes({0x88, 0xC6, 0xFA, 0, 0, 0});
+    const QByteArray colour(8, '\0');
+    const QByteArray high = bytes({200, 100}) + indices; // a0 > a1: eight steps
+    const QByteArray low = bytes({100, 200}) + indices;  // a0 <= a1: six steps, 0, 255
+    const int expectedHigh[] = {200, 100, 185, 171, 157, 142, 128, 114};
+    const int expectedLow[] = {100, 200, 120, 140, 160, 180, 0, 255};
+
+    QByteArray rgba = decoded(makeDds(4, 4, 1, "DXT5", high + colour), DdsFormat::RGBA8);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(pixelByte(rgba, 4 * i + 3), expectedHigh[i]) << i;
+    rgba = decoded(makeDds(4, 4, 1, "DXT5", low + colour), DdsFormat::RGBA8);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(pixelByte(rgba, 4 * i + 3), expectedLow[i]) << i;
+
+    // The first block of ATI2N data is the second channel.
+    const QByteArray flat1 = bytes({10, 10, 0, 0, 0, 0, 0, 0});
+    const QByteArray flat2 = bytes({20, 20, 0, 0, 0, 0, 0, 0});
+    const QByteArray rg = decoded(makeDds(4, 4, 1, "ATI2", flat1 + flat2), DdsFormat::RG8);
+    EXPECT_EQ(rg.left(4), bytes({20, 10, 20, 10}));
+
+    // A 2 x 2 level keeps only its four pixels of the block.
+    const QByteArray r = decoded(makeDds(2, 2, 1, "ATI1", high), DdsFormat::R8);
+    EXPECT_EQ(r, bytes({200, 100, 157, 142}));
+}
+
+TEST(DdsImage, UnpacksPackedFormats)
+{
+    DdsImage image;
+    image.width = 2;
+    image.height = 1;
+    image.format = DdsFormat::RGB565;
+    image.pixels = bytes({0xFF, 0xFF, 0x41, 0x08}); // white; 1, 2, 1
+    ASSERT_TRUE(image.unpack());
+    EXPECT_EQ(image.format, DdsFormat::RGB8);
+    EXPECT_EQ(image.pixels, bytes({255, 255, 255, 8, 8, 8}));
+
+    image.format = DdsFormat::RGBA4;
+    image.pixels = bytes({0x12, 0x34, 0xF0, 0x0F});
+    ASSERT_TRUE(image.unpack());
+    EXPECT_EQ(image.pixels, bytes({4 * 17, 1 * 17, 2 * 17, 3 * 17, 255, 255, 0, 0}));
+
+    image.width = 1;
+    image.format = DdsFormat::RGB10A2;
+    image.pixels = bytes({0xFF, 0x07, 0x00, 0x80}); // 1023, 1, 0, 2
+    ASSERT_TRUE(image.unpack());
+    EXPECT_EQ(image.format, DdsFormat::RGBA16);
+    const auto* words = reinterpret_cast<const quint16*>(image.pixels.constData());
+    EXPECT_EQ(words[0], 65535);
+    EXPECT_EQ(words[1], 64);
+    EXPECT_EQ(words[2], 0);
+    EXPECT_EQ(words[3], 43690);
+
+    image.format = DdsFormat::RGBE8;
+    image.pixels = bytes({128, 64, 1, 137});
+    ASSERT_TRUE(image.unpack());
+    const auto* floats = reinterpret_cast<const float*>(image.pixels.constData());
+    EXPECT_FLOAT_EQ(floats[0], 256.0f);
+    EXPECT_FLOAT_EQ(floats[1], 128.0f);
+    EXPECT_FLOAT_EQ(floats[2], 2.0f);
+    image.format = DdsFormat::RGBE8;
+    image.pixels = bytes({128, 64, 1, 0});
+    ASSERT_TRUE(image.unpack());
+    EXPECT_EQ(image.pixels, QByteArray(12, '\0'));
+
+    image.format = DdsFormat::RGB9E5;
+    EXPECT_FALSE(image.unpack());
+}
+
+TEST(DdsImage, ConvertsToRgba8WithRounding)
+{
+    DdsImage image;
+    image.width = 4;
+    image.height = 1;
+    image.format = DdsFormat::R32F;
+    const float values[] = {-1.0f, 0.5f, 0.2f, 7.0f};
+    image.pixels = QByteArray(reinterpret_cast<const char*>(values), sizeof values);
+    ASSERT_TRUE(image.toRgba8());
+    EXPECT_EQ(image.pixels,
+              bytes({0, 0, 0, 255, 128, 128, 128, 255, 51, 51, 51, 255, 255, 255, 255, 255}));
+
+    image.width = 1;
+    image.format = DdsFormat::RG16F;
+    image.pixels = bytes({0x00, 0x38, 0x00, 0xBC}); // 0.5, -1.0
+    ASSERT_TRUE(image.toRgba8());
+    EXPECT_EQ(image.pixels, bytes({128, 0, 0, 255}));
+
+    image.format = DdsFormat::RGBA16;
+    image.pixels = bytes({0xFF, 0xFF, 0x00, 0x80, 0x00, 0x00, 0x01, 0x01});
+    ASSERT_TRUE(image.toRgba8());
+    EXPECT_EQ(image.pixels, bytes({255, 128, 0, 1}));
+
+    image.format = DdsFormat::DXT1;
+    EXPECT_FALSE(image.toRgba8());
+}
+
+// Decoders against an independent encoder: ImageMagick writes the files.
+class DdsRoundTrip : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!QFile::exists(QStringLiteral("/usr/bin/convert")))
+            GTEST_SKIP() << "ImageMagick (/usr/bin/convert) is not installed";
+        source = QImage(32, 16, QImage::Format_RGBA8888);
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 32; ++x)
+                source.setPixelColor(x, y, QColor(x * 8, y * 16, (x + y) * 5, 255));
+        ASSERT_TRUE(source.save(dir.filePath(QStringLiteral("source.png"))));
+    }
+
+    DdsImage encodeAndDecode(const QString& compression, const QString& mipmaps)
+    {
+        const QString out = dir.filePath(compression + QStringLiteral(".dds"));
+        const int code = QProcess::execute(
+            QStringLiteral("/usr/bin/convert"),
+            {dir.filePath(QStringLiteral("source.png")), QStringLiteral("-define"),
+             QStringLiteral("dds:compression=") + compression, QStringLiteral("-define"),
+             QStringLiteral("dds:mipmaps=") + mipmaps, out});
+        EXPECT_EQ(code, 0);
+        QFile file(out);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        DdsImage image;
+        EXPECT_TRUE(image.parse(file.readAll()));
+        EXPECT_TRUE(image.decompress());
+        EXPECT_TRUE(image.toRgba8());
+        return image;
+    }
+
+    // Mean and largest channel difference of level 0 against the source.
+    std::pair<double, int> difference(const DdsImage& image)
+    {
+        double sum = 0;
+        int largest = 0;
+        for (int i = 0; i < 32 * 16 * 4; ++i) {
+            const int d = std::abs(int(source.constBits()[i]) - pixelByte(image.pixels, i));
+            sum += d;
+            largest = std::max(largest, d);
+        }
+        return {sum / (32 * 16 * 4), largest};
+    }
+
+    QTemporaryDir dir;
+    QImage source;
+};
+
+TEST_F(DdsRoundTrip, DecodesWhatImageMagickEncodes)
+{
+    const DdsImage plain = encodeAndDecode(QStringLiteral("none"), QStringLiteral("0"));
+    EXPECT_EQ(plain.mipCount, 1);
+    EXPECT_EQ(difference(plain), std::make_pair(0.0, 0));
+
+    for (const QString& compression : {QStringLiteral("dxt1"), QStringLiteral("dxt5")}) {
+        const DdsImage image = encodeAndDecode(compression, QStringLiteral("3"));
+        EXPECT_EQ(image.mipCount, 4);
+        const auto [mean, largest] = difference(image);
+        // Five- and six-bit end points widened without replicating bits lose
+        // up to 7 levels besides the encoder's own error.
+        EXPECT_LT(mean, 6.0) << compression.toStdString();
+        EXPECT_LE(largest, 32) << compression.toStdString();
+    }
+}
+
+TEST_F(DdsRoundTrip, ToolPrintsInfoAndWritesPng)
+{
+    const DdsImage decodedHere = encodeAndDecode(QStringLiteral("dxt5"), QStringLiteral("0"));
+    const QString png = dir.filePath(QStringLiteral("out.png"));
+    const ToolResult run = runTool({QStringLiteral("dds"), dir.filePath(QStringLiteral("dxt5.dds")),
+                                    QStringLiteral("--png"), png});
+    EXPECT_EQ(run.exitCode, 0) << run.err.constData();
+    EXPECT_EQ(run.out.trimmed(), QByteArray("DXT5 32 x 16, 2D, 1 mip levels, 512 bytes"));
+    const QImage written = QImage(png).convertToFormat(QImage::Format_RGBA8888);
+    ASSERT_EQ(written.size(), QSize(32, 16));
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(written.constBits()), 32 * 16 * 4),
+              decodedHere.pixels);
+
+    QFile broken(dir.filePath(QStringLiteral("broken.dds")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write(makeDds(64, 64, 1, "DXT1", QByteArray(100, '\0')));
+    broken.close();
+    const ToolResult failed = runTool({QStringLiteral("dds"), broken.fileName()});
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_FALSE(failed.err.isEmpty());
+    EXPECT_EQ(runTool({QStringLiteral("dds")}).exitCode, 2);
+
+    // Without a file of that name the game is asked for the resource.
+    const ToolResult fromGame =
+        runTool({QStringLiteral("dds"), QStringLiteral("vehicles/camouflage/ardenia/Summer_01.dds"),
+                 QStringLiteral(FERROX_SAMPLE_GAME_DIR)});
+    EXPECT_EQ(fromGame.exitCode, 0) << fromGame.err.constData();
+    EXPECT_TRUE(fromGame.out.contains(" mip levels, ")) << fromGame.out.constData();
+}

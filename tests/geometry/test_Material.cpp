@@ -1,1 +1,282 @@
-// placeholder
+#include "Material.h"
+#include "MaterialLoader.h"
+
+#include "GlFunctions.h"
+#include "GlTestContext.h"
+#include "LogCapture.h"
+#include "QtPrinters.h"
+#include "Settings.h"
+#include "ShaderLoader.h"
+
+#include <QDomDocument>
+#include <QImage>
+#include <QOpenGLFunctions_3_2_Core>
+#include <QOpenGLShaderProgram>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <tuple>
+
+namespace {
+QOpenGLFunctions_3_2_Core& gl()
+{
+    return *glFunctions();
+}
+
+QList<int> sortedSlots(const Material* material)
+{
+    QList<int> keys = material->textures.keys();
+    std::sort(keys.begin(), keys.end());
+    return keys;
+}
+
+GLint uniformValue(const Material& material, const char* uniform)
+{
+    GLint value = -1;
+    gl().glGetUniformiv(material.shader->program->programId(),
+                        material.shader->uniformLocation(uniform), &value);
+    return value;
+}
+
+GLuint textureOnUnit(int unit)
+{
+    GLint id = 0;
+    gl().glActiveTexture(GL_TEXTURE0 + GLenum(unit));
+    gl().glGetIntegerv(GL_TEXTURE_BINDING_2D, &id);
+    return GLuint(id);
+}
+
+class MaterialTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(context.valid);
+        settings.shaderDir = QStringLiteral(FERROX_SOURCE_DIR "/data/shaders/glsl150");
+        ASSERT_TRUE(shaders.loadShaders()) << logs.lines.join('\n').toStdString();
+    }
+
+    // The material's nodes from an XML text, as the visual hands them over.
+    QList<Material*> parse(const QString& body)
+    {
+        document.setContent(QStringLiteral("<material>") + body + QStringLiteral("</material>"));
+        const QList<Material*> pair =
+            materials.parseMaterial(document.documentElement().childNodes(), true);
+        owned.emplace_back(pair.at(0));
+        owned.emplace_back(pair.at(1));
+        return pair;
+    }
+
+    ShaderProgram* program(int id) { return shaders.program(id); }
+
+    GLuint makeTexture(QRgb colour)
+    {
+        GLuint id = 0;
+        gl().glGenTextures(1, &id);
+        gl().glBindTexture(GL_TEXTURE_2D, id);
+        const uchar pixel[4] = {uchar(qRed(colour)), uchar(qGreen(colour)), uchar(qBlue(colour)),
+                                uchar(qAlpha(colour))};
+        gl().glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+        gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        gl().glBindTexture(GL_TEXTURE_2D, 0);
+        return id;
+    }
+
+    GlTestContext context;
+    LogCapture logs;
+    Settings settings{QString()};
+    ShaderLoader shaders;
+    MaterialLoader materials;
+    QDomDocument document;
+    std::vector<std::unique_ptr<Material>> owned;
+};
+} // namespace
+
+TEST_F(MaterialTest, PropertiesFillThePair)
+{
+    const QList<Material*> pair = parse(R"(
+        <fx> shaders/std_effects/PBS_tank.fx </fx>
+        <identifier>hull_01</identifier>
+        <property>alphaReference<Int>128</Int></property>
+        <property> alphaTestEnable <Bool>True</Bool></property>
+        <property>g_detailPower<Float>50</Float></property>
+        <property>g_useDetailMetallic<Bool>true</Bool></property>
+        <property>g_metallicDetailUVTiling<Vector4>1 2 3 4</Vector4></property>
+        <property>g_useNormalPackDXT1<Bool>false</Bool></property>
+        <property>doubleSided<Bool>true</Bool></property>
+        <property>diffuseMap<Texture>maps/a.dds</Texture></property>
+        <property>specularMap<Texture>maps/s.dds</Texture></property>
+        <property>metallicDetailMap<Texture></Texture></property>
+        <property>unknownThing<Int>1</Int></property>)");
+    Material* lit = pair.at(0);
+    Material* unlit = pair.at(1);
+    for (const Material* material : pair) {
+        EXPECT_EQ(material->name, "hull_01");
+        EXPECT_NEAR(material->alphaRef, 0.5019608f, 1e-6f);
+        EXPECT_TRUE(material->alphaTest);
+        EXPECT_TRUE(material->doubleSided);
+        EXPECT_FALSE(material->dxt1NormalMap);
+        EXPECT_FALSE(material->blend);
+    }
+    EXPECT_FLOAT_EQ(lit->detailPower, 0.5f);
+    EXPECT_TRUE(lit->detailMetallic);
+    EXPECT_FALSE(unlit->detailMetallic);
+    EXPECT_EQ(lit->detailTile, (Vector4{1, 2, 3, 4}));
+    EXPECT_EQ(sortedSlots(lit), (QList<int>{0, 3}));
+    EXPECT_EQ(sortedSlots(unlit), QList<int>{0});
+    EXPECT_EQ(lit->shader, program(BumpedPbs));
+    EXPECT_EQ(unlit->shader, program(NoLighting));
+}
+
+TEST_F(MaterialTest, BlendRequestsAndEmptyMaterials)
+{
+    const Material* sourceOnly = parse("<property>srcBlend<Int>5</Int></property>").at(1);
+    EXPECT_TRUE(sourceOnly->blend);
+    // The effect counts wherever its element stands.
+    const Material* inverseAlpha = parse("<property>destBlend<Int>13</Int></property>"
+                                         "<fx>shaders/std_effects/PBS_tank.fx</fx>")
+                                       .at(0);
+    EXPECT_TRUE(inverseAlpha->blend);
+    EXPECT_EQ(inverseAlpha->destFactor, GLenum(GL_ONE_MINUS_SRC_ALPHA));
+    EXPECT_EQ(inverseAlpha->shader, program(BumpedPbs));
+
+    const QList<Material*> empty = parse("");
+    EXPECT_FALSE(empty.at(0)->blend);
+    EXPECT_TRUE(empty.at(0)->textures.isEmpty());
+    EXPECT_EQ(empty.at(0)->shader, program(LightingOnly));
+    EXPECT_EQ(empty.at(1)->shader, program(NoLighting));
+    EXPECT_TRUE(logs.lines.filter("Could not find shader conversion").isEmpty());
+}
+
+TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
+{
+    const std::tuple<QStringList, int, int> groups[] = {
+        {{"normalmap_specmap_dual"}, BumpedDual, NoLightingDual},
+        {{"lightonly_alpha", "lightonly_uvtransform_alpha"}, LightingOnlyAlpha, NoLighting},
+        {{"lightonly", "lightonly_skinned"}, LightingOnly, NoLighting},
+        {{"normalmap_specmap", "normalmap_specmap_skinned", "normalmap_specmap_uvtransform_skinned",
+          "PBS_tank_old", "PBS_tank_old_skinned", "PBS_tank_old_uvtransform_skinned"},
+         Bumped,
+         NoLighting},
+        {{"PBS_ext_dual"}, BumpedPbsDual, NoLightingDual},
+        {{"PBS_ext", "PBS_tank", "PBS_tank_skinned", "PBS_tank_uvtransform_skinned"},
+         BumpedPbs,
+         NoLighting}};
+    for (const auto& [effects, lit, unlit] : groups) {
+        for (const QString& effect : effects)
+            EXPECT_EQ(MaterialLoader::shadersForEffect("shaders/std_effects/" + effect + ".fx"),
+                      qMakePair(lit, unlit))
+                << effect.toStdString();
+    }
+    const QPair<int, int> fallback(LightingOnly, NoLighting);
+    EXPECT_EQ(MaterialLoader::shadersForEffect(""), fallback);
+    EXPECT_TRUE(logs.lines.filter("[Warning]").isEmpty()) << logs.lines.join('\n').toStdString();
+
+    EXPECT_EQ(MaterialLoader::shadersForEffect("shaders/std_effects/PBS_TANK.fx"), fallback);
+    EXPECT_EQ(logs.lines.filter("[Warning]"), QStringList{"[Warning] Could not find shader "
+                                                          "conversion for: shaders/std_effects/"
+                                                          "PBS_TANK.fx\nPlease report to "
+                                                          "https://ferrox.example.org"});
+}
+
+TEST_F(MaterialTest, CollisionMaterialsReadNameAndSides)
+{
+    document.setContent(QStringLiteral("<material><identifier>  armor   7 </identifier>"
+                                       "<property>doubleSided<Bool> TRUE </Bool></property>"
+                                       "</material>"));
+    const QList<Material*> pair =
+        materials.parseCollisionMaterial(document.documentElement().childNodes());
+    owned.emplace_back(pair.at(0));
+    owned.emplace_back(pair.at(1));
+    EXPECT_EQ(pair.at(0)->shader, program(CollisionLighting));
+    EXPECT_EQ(pair.at(1)->shader, program(CollisionNoLighting));
+    for (const Material* material : pair) {
+        EXPECT_EQ(material->name, "armor 7");
+        EXPECT_TRUE(material->doubleSided);
+    }
+}
+
+TEST_F(MaterialTest, ApplySetsBlendCullProgramAndTextureUnits)
+{
+    Material lit(Material::Lit);
+    lit.blend = true;
+    lit.destFactor = GL_ONE_MINUS_SRC_ALPHA;
+    const GLuint diffuse = makeTexture(qRgba(1, 2, 3, 4));
+    const GLuint normal = makeTexture(qRgba(5, 6, 7, 8));
+    lit.textures.insert(Material::NormalSlot, normal);
+    lit.textures.insert(Material::DiffuseSlot, diffuse);
+    lit.apply();
+
+    GLint value = 0;
+    EXPECT_TRUE(gl().glIsEnabled(GL_BLEND));
+    gl().glGetIntegerv(GL_BLEND_DST_RGB, &value);
+    EXPECT_EQ(value, GL_ONE_MINUS_SRC_ALPHA);
+    EXPECT_TRUE(gl().glIsEnabled(GL_CULL_FACE));
+    gl().glGetIntegerv(GL_CURRENT_PROGRAM, &value);
+    EXPECT_EQ(GLuint(value), program(Bumped)->program->programId());
+    EXPECT_EQ(uniformValue(lit, "diffuseMap0"), 0);
+    EXPECT_EQ(uniformValue(lit, "normalMap"), 1);
+    EXPECT_EQ(textureOnUnit(0), diffuse);
+    EXPECT_EQ(textureOnUnit(1), normal);
+
+    // An unlit material skips the samplers of slots 3 to 5 but still counts them.
+    Material unlit(Material::Unlit);
+    unlit.shader = program(BumpedDual);
+    unlit.doubleSided = true;
+    for (int slot : {3, 2, 1, 0})
+        unlit.textures.insert(slot, makeTexture(qRgb(slot, slot, slot)));
+    unlit.shader->program->bind();
+    gl().glUniform1i(unlit.shader->uniformLocation("specularMap"), 6);
+    unlit.apply();
+    EXPECT_FALSE(gl().glIsEnabled(GL_BLEND));
+    EXPECT_FALSE(gl().glIsEnabled(GL_CULL_FACE));
+    EXPECT_EQ(uniformValue(unlit, "diffuseMap0"), 0);
+    EXPECT_EQ(uniformValue(unlit, "diffuseMap1"), 1);
+    EXPECT_EQ(uniformValue(unlit, "normalMap"), 2);
+    EXPECT_EQ(uniformValue(unlit, "specularMap"), 6);
+    EXPECT_EQ(unlit.diffuseTexture(), unlit.textures.value(0));
+
+    unlit.camoEnabled = true;
+    unlit.name = "hull_01";
+    unlit.apply();
+    EXPECT_EQ(uniformValue(unlit, "camoEnabled"), 1);
+    unlit.name = "turret_equipment_01";
+    unlit.apply();
+    EXPECT_EQ(uniformValue(unlit, "camoEnabled"), 0);
+}
+
+TEST_F(MaterialTest, UnlitQuadShowsItsDiffuseTexture)
+{
+    QOpenGLFramebufferObject& target = context.makeTarget(8, 8);
+    gl().glViewport(0, 0, 8, 8);
+    gl().glClearColor(0, 0, 0, 1);
+    gl().glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+
+    Material material(Material::Unlit);
+    material.textures.insert(Material::DiffuseSlot, makeTexture(qRgba(0x33, 0x99, 0xcc, 0xff)));
+    material.apply();
+    const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    gl().glUniformMatrix4fv(material.shader->uniformLocation("ModelViewProj"), 1, GL_FALSE,
+                            identity);
+
+    // x, y, z, u, v of a strip facing the viewer.
+    const float quad[] = {-1, -1, 0, 0, 0, 1, -1, 0, 1, 0, -1, 1, 0, 0, 1, 1, 1, 0, 1, 1};
+    GLuint vao = 0, vbo = 0;
+    gl().glGenVertexArrays(1, &vao);
+    gl().glBindVertexArray(vao);
+    gl().glGenBuffers(1, &vbo);
+    gl().glBindBuffer(GL_ARRAY_BUFFER, vbo);
+    gl().glBufferData(GL_ARRAY_BUFFER, sizeof(quad), quad, GL_STATIC_DRAW);
+    for (GLuint attribute : {0u, 1u}) {
+        gl().glEnableVertexAttribArray(attribute);
+        gl().glVertexAttribPointer(attribute, attribute ? 2 : 3, GL_FLOAT, GL_FALSE,
+                                   5 * sizeof(float),
+                                   reinterpret_cast<void*>(attribute * 3 * sizeof(float)));
+    }
+    gl().glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+
+    EXPECT_EQ(target.toImage().pixel(4, 4), qRgba(0x33, 0x99, 0xcc, 0xff));
+}

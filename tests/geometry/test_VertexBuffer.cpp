@@ -1,1 +1,222 @@
-// placeholder
+#include "BufferManager.h"
+#include "GlFunctions.h"
+#include "GlTestContext.h"
+#include "LogCapture.h"
+#include "MeshGeometry.h"
+#include "MessageBoxRecorder.h"
+#include "VertexBuffer.h"
+#include "VertexDecoding.h"
+
+#include <QOpenGLFunctions_3_2_Core>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+QByteArray word(quint32 value)
+{
+    char bytes[4];
+    qToLittleEndian(value, bytes);
+    return QByteArray(bytes, 4);
+}
+
+QByteArray floats(std::initializer_list<float> values)
+{
+    QByteArray bytes;
+    for (float value : values) {
+        quint32 bits;
+        std::memcpy(&bits, &value, 4);
+        bytes += word(bits);
+    }
+    return bytes;
+}
+
+QByteArray vertexChunk(const char* format, quint32 count, const QByteArray& records)
+{
+    QByteArray field(format);
+    field.resize(64, '\0');
+    return field + word(count) + records;
+}
+
+// x field 1023, y field -1024, z field 511.
+constexpr quint32 PackedSample = 1023u | (1024u << 11) | (511u << 22);
+
+QByteArray tbRecord(float x)
+{
+    return floats({x, 2, 3}) + word(PackedSample) + floats({0.25f, 0.75f}) + word(PackedSample) +
+           word(0xFFFFFFFF);
+}
+
+QByteArray skinnedRecord(quint8 weight0, quint8 weight1)
+{
+    QByteArray record = floats({1, 2, 3}) + word(PackedSample) + floats({0.5f, 0.5f});
+    record += QByteArray("\x07\x08\x09", 3);
+    record += char(weight0);
+    record += char(weight1);
+    return record + word(PackedSample) + word(0xFFFFFFFF);
+}
+
+std::vector<float> readBack(const VertexBuffer& buffer)
+{
+    std::vector<float> data(buffer.byteSize / 4);
+    QOpenGLFunctions_3_2_Core* f = glFunctions();
+    f->glBindBuffer(GL_ARRAY_BUFFER, buffer.vbo);
+    f->glGetBufferSubData(GL_ARRAY_BUFFER, 0, buffer.byteSize, data.data());
+    f->glBindBuffer(GL_ARRAY_BUFFER, 0);
+    return data;
+}
+
+QList<int> attributeSlots(const VertexBuffer& buffer)
+{
+    QList<int> result;
+    for (const VertexAttribute* attribute : buffer.attributes)
+        result << attribute->location;
+    return result;
+}
+} // namespace
+
+TEST(VertexDecoding, PackedVectorsUseStoredScales)
+{
+    const Vector3 allOnes = decodePackedVector(0xFFFFFFFF);
+    EXPECT_FLOAT_EQ(allOnes[0], -0.0009775171f);
+    EXPECT_FLOAT_EQ(allOnes[1], -0.0009775171f);
+    EXPECT_FLOAT_EQ(allOnes[2], -0.0019569471f);
+    const Vector3 ends = decodePackedVector(PackedSample);
+    EXPECT_NEAR(ends[0], 1.0f, 1e-6);
+    EXPECT_NEAR(ends[1], -1.00098f, 1e-5);
+    EXPECT_NEAR(ends[2], 1.0f, 1e-6);
+    const Vector3 low = decodePackedVector(512u << 22);
+    EXPECT_NEAR(low[2], -1.00196f, 1e-5);
+    EXPECT_EQ(low[0], 0.0f);
+}
+
+TEST(BufferManager, LayoutsOfTheThreeFormats)
+{
+    GlTestContext gl;
+    ASSERT_TRUE(gl.valid);
+    BufferManager manager;
+    MeshGeometry a, b, c, d;
+    const QByteArray stream = floats({0.1f, 0.2f});
+    VertexBuffer* plain = manager.createVertexBuffer("p", vertexChunk("xyznuv", 0, {}), &a, stream);
+    VertexBuffer* tb = manager.createVertexBuffer("t", vertexChunk("XYZNUVTB", 0, {}), &b, {});
+    VertexBuffer* tbStream =
+        manager.createVertexBuffer("s", vertexChunk("xyznuvtb", 0, {}), &c, stream);
+    VertexBuffer* skinned =
+        manager.createVertexBuffer("k", vertexChunk("xyznuviiiwwtb", 0, {}), &d, stream);
+    EXPECT_EQ(plain->stride, 32u);
+    EXPECT_EQ(attributeSlots(*plain), (QList<int>{0, 4, 1}));
+    EXPECT_EQ(tb->stride, 56u);
+    EXPECT_EQ(attributeSlots(*tb), (QList<int>{0, 4, 1, 6, 5}));
+    EXPECT_EQ(tbStream->stride, 64u);
+    EXPECT_EQ(attributeSlots(*tbStream), (QList<int>{0, 4, 1, 6, 5, 2}));
+    EXPECT_EQ(skinned->stride, 68u);
+    EXPECT_EQ(attributeSlots(*skinned), (QList<int>{0, 4, 1, 6, 5, 7}));
+    EXPECT_TRUE(a.positions.isEmpty() && a.uv2s.isEmpty() && d.uv2s.isEmpty());
+    EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));
+    manager.releaseVertexBuffer(tb);
+    EXPECT_EQ(manager.buffers.size(), 3);
+}
+
+TEST(BufferManager, DecodesMirroredIntoBufferAndGeometry)
+{
+    GlTestContext gl;
+    ASSERT_TRUE(gl.valid);
+    BufferManager manager;
+
+    MeshGeometry plain;
+    const QByteArray plainRecords =
+        floats({1, 2, 3, 0.5f, 0.25f, 1, 0.1f, 0.9f}) + floats({-4, 5, 6, 0, 1, 0, 0, 0});
+    VertexBuffer* plainBuffer =
+        manager.createVertexBuffer("p", vertexChunk("xyznuv", 2, plainRecords), &plain, {});
+    ASSERT_EQ(plain.positions.size(), 2);
+    EXPECT_EQ(plain.positions[0], (Vector3{-1, 2, 3}));
+    EXPECT_EQ(plain.normals[0], (Vector3{-0.5f, 0.25f, 1}));
+    const std::vector<float> plainGl = readBack(*plainBuffer);
+    EXPECT_EQ(plainGl, (std::vector<float>{-1, 2, 3, -0.5f, 0.25f, 1, 0.1f, 0.9f, 4, 5, 6, -0.0f, 1,
+                                           0, 0, 0}));
+
+    MeshGeometry tb;
+    VertexBuffer* tbBuffer = manager.createVertexBuffer(
+        "t", vertexChunk("xyznuvtb", 1, tbRecord(7)), &tb, floats({0.125f, 0.625f}));
+    EXPECT_EQ(tb.uv2s, (QVector<Vector2>{{0.125f, 0.625f}}));
+    const std::vector<float> tbGl = readBack(*tbBuffer);
+    ASSERT_EQ(tbGl.size(), 16u);
+    EXPECT_EQ(tbGl[0], -7.0f);
+    EXPECT_NEAR(tbGl[3], -1.0f, 1e-6); // normal x negated
+    EXPECT_NEAR(tbGl[4], -1.00098f, 1e-5);
+    EXPECT_EQ(tbGl[6], 0.25f);
+    EXPECT_NEAR(tbGl[8], -1.0f, 1e-6);        // tangent x negated
+    EXPECT_FLOAT_EQ(tbGl[11], 0.0009775171f); // binormal x of 0xFFFFFFFF
+    EXPECT_EQ(tbGl[14], 0.125f);
+}
+
+TEST(BufferManager, SkinnedRecordsAreUnalignedAndCarryWeights)
+{
+    GlTestContext gl;
+    ASSERT_TRUE(gl.valid);
+    BufferManager manager;
+    MeshGeometry geometry;
+    VertexBuffer* buffer = manager.createVertexBuffer(
+        "k", vertexChunk("xyznuviiiwwtb", 2, skinnedRecord(255, 0) + skinnedRecord(128, 128)),
+        &geometry, floats({1, 1, 1, 1}));
+    ASSERT_EQ(geometry.boneWeights.size(), 2);
+    EXPECT_EQ(geometry.boneWeights[0], (Vector3{1, 0, 0}));
+    EXPECT_LT(geometry.boneWeights[1][2], 0.0f);
+    EXPECT_EQ(geometry.boneIndices[1], (std::array<quint8, 3>{7, 8, 9}));
+    const std::vector<float> data = readBack(*buffer);
+    ASSERT_EQ(data.size(), 34u);
+    // Second record: tangent at 29, binormal at 33 of a 37-byte record.
+    EXPECT_NEAR(data[17 + 8], -1.0f, 1e-6);
+    EXPECT_FLOAT_EQ(data[17 + 11], 0.0009775171f);
+    EXPECT_FLOAT_EQ(data[17 + 14], 0.5019608f);
+}
+
+TEST(BufferManager, DamagedChunksSurvive)
+{
+    GlTestContext gl;
+    ASSERT_TRUE(gl.valid);
+    BufferManager manager;
+    LogCapture log;
+
+    MeshGeometry unknown;
+    VertexBuffer* unsupported =
+        manager.createVertexBuffer("u", vertexChunk("XYZ", 1, QByteArray(40, 0)), &unknown, {});
+    EXPECT_TRUE(log.contains(QStringLiteral("[Error] Vertex format not supported:xyz")));
+    EXPECT_TRUE(unsupported->attributes.isEmpty());
+    EXPECT_EQ(unsupported->vertexCount, 0u);
+    EXPECT_TRUE(unknown.positions.isEmpty());
+
+    // Claims a million records, holds one and a half.
+    MeshGeometry cut;
+    VertexBuffer* truncated = manager.createVertexBuffer(
+        "c", vertexChunk("xyznuvtb", 1000000, tbRecord(1) + tbRecord(2).left(16)), &cut, {});
+    EXPECT_EQ(cut.positions.size(), 1);
+    EXPECT_EQ(truncated->vertexCount, 1u);
+
+    MessageBoxRecorder boxes;
+    MeshGeometry shortStream;
+    manager.createVertexBuffer("s", vertexChunk("xyznuvtb", 2, tbRecord(1) + tbRecord(2)),
+                               &shortStream, floats({0.5f, 0.5f, 0.75f}));
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_TRUE(boxes.boxes[0].text.startsWith(QStringLiteral("Error reading data: readFloat()")));
+    EXPECT_EQ(shortStream.uv2s.size(), 1);
+    EXPECT_EQ(shortStream.positions.size(), 2);
+    EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));
+}
+
+TEST(BufferManager, ReleaseWithoutContextDoesNotCrash)
+{
+    auto* gl = new GlTestContext;
+    ASSERT_TRUE(gl->valid);
+    auto* manager = new BufferManager;
+    MeshGeometry geometry;
+    VertexBuffer* buffer =
+        manager->createVertexBuffer("p", vertexChunk("xyznuv", 0, {}), &geometry, {});
+    EXPECT_NE(buffer->vao, 0u);
+    gl->context.doneCurrent();
+    EXPECT_EQ(glFunctions(), nullptr);
+    delete manager;
+    delete gl;
+}

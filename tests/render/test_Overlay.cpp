@@ -1,1 +1,232 @@
-// placeholder
+// The small drawables beside the scene: the text overlay (painted without GL,
+// then drawn through a texture), the floor grid, the ray's lines and the hit
+// marker, each checked by pixels of an off-screen target.
+
+#include "GlTestContext.h"
+#include "GridMesh.h"
+#include "LineBuffer.h"
+#include "LogCapture.h"
+#include "MarkerSphere.h"
+#include "MatrixStack.h"
+#include "QtPrinters.h"
+#include "RenderWidget.h"
+#include "Settings.h"
+#include "ShaderLoader.h"
+#include "TextOverlay.h"
+
+#include <QFontMetrics>
+#include <QOpenGLFunctions_3_2_Core>
+#include <QOpenGLVersionFunctionsFactory>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using PixelTest = std::function<bool(QRgb)>;
+
+bool yellow(QRgb p)
+{
+    return qAlpha(p) > 160 && qRed(p) > 200 && qGreen(p) > 200 && qBlue(p) < 60;
+}
+
+bool white(QRgb p)
+{
+    return qAlpha(p) > 160 && qRed(p) > 200 && qGreen(p) > 200 && qBlue(p) > 200;
+}
+
+// The first and last row holding a pixel that passes, -1 when none does.
+std::pair<int, int> rowsWith(const QImage& image, const PixelTest& test)
+{
+    int first = -1, last = -1;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (test(image.pixel(x, y))) {
+                if (first < 0)
+                    first = y;
+                last = y;
+                break;
+            }
+    return {first, last};
+}
+
+bool near(QRgb p, int r, int g, int b, int tolerance = 3)
+{
+    return std::abs(qRed(p) - r) <= tolerance && std::abs(qGreen(p) - g) <= tolerance &&
+           std::abs(qBlue(p) - b) <= tolerance;
+}
+
+} // namespace
+
+TEST(OverlayPaintTest, StatisticsStartAtFifteenAloneAndAtHundredBelowTheVehicle)
+{
+    TextOverlay overlay;
+    OverlayFacts facts;
+    facts.showTankInfo = false;
+    facts.showRenderInfo = true;
+    ASSERT_TRUE(overlay.paint(facts));
+    ASSERT_EQ(overlay.image.size(), QSize(512, 512));
+    const QFontMetrics metrics(facts.font);
+    // Lines are drawn on their baseline: the glyphs rise above it.
+    const int alone = rowsWith(overlay.image, yellow).first;
+    EXPECT_GE(alone, 15 - metrics.ascent());
+    EXPECT_LT(alone, 15);
+    EXPECT_EQ(rowsWith(overlay.image, white).first, -1);
+
+    facts.showTankInfo = true;
+    ASSERT_TRUE(overlay.paint(facts));
+    EXPECT_EQ(rowsWith(overlay.image, yellow).first - alone, 85);
+    const auto [firstWhite, lastWhite] = rowsWith(overlay.image, white);
+    EXPECT_GE(firstWhite, 15 - metrics.ascent());
+    EXPECT_LT(firstWhite, 15);
+    // Five lines, the last on baseline 83.
+    EXPECT_GT(lastWhite, 83 - metrics.ascent());
+    EXPECT_LE(lastWhite, 83 + metrics.descent());
+
+    facts.showTankInfo = false;
+    facts.showRenderInfo = false;
+    EXPECT_FALSE(overlay.paint(facts));
+}
+
+TEST(OverlayPaintTest, TextLongerThanTheImageIsCut)
+{
+    TextOverlay overlay;
+    OverlayFacts facts;
+    facts.name = QString(300, QLatin1Char('W'));
+    ASSERT_TRUE(overlay.paint(facts));
+    ASSERT_EQ(overlay.image.size(), QSize(512, 512));
+    int reachingTheEdge = 0;
+    for (int y = 0; y < 512; ++y)
+        reachingTheEdge += white(overlay.image.pixel(511, y)) ? 1 : 0;
+    EXPECT_GT(reachingTheEdge, 0);
+}
+
+TEST(OverlayPaintTest, SwitchesThatChangeTheTextMarkTheOverlayDirty)
+{
+    RenderWidget view;
+    view.overlay.dirty = false;
+    view.toggleRenderInfo(true);
+    EXPECT_TRUE(view.overlay.dirty);
+    view.overlay.dirty = false;
+    view.armorToggle(true);
+    EXPECT_TRUE(view.overlay.dirty);
+}
+
+class OverlayGlTest : public testing::Test
+{
+protected:
+    OverlayGlTest()
+    {
+        settings.shaderDir = QStringLiteral(FERROX_SOURCE_DIR "/data/shaders/glsl150");
+        if (!context.valid || !shaders.loadShaders())
+            return;
+        gl = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_3_2_Core>(&context.context);
+        stack.projection = identityMatrix();
+        stack.view = identityMatrix();
+    }
+
+    QImage drawn(int side, const std::function<void()>& draw)
+    {
+        QOpenGLFramebufferObject& target = context.makeTarget(side, side);
+        gl->glViewport(0, 0, side, side);
+        gl->glClearColor(0, 0, 0, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        draw();
+        return target.toImage();
+    }
+
+    LogCapture log;
+    Settings settings{QString()};
+    GlTestContext context;
+    ShaderLoader shaders;
+    MatrixStack stack;
+    QOpenGLFunctions_3_2_Core* gl = nullptr;
+};
+
+TEST_F(OverlayGlTest, OverlayIsDrawnAtTheTopLeftAndUploadedOnlyWhenChanged)
+{
+    ASSERT_NE(gl, nullptr);
+    TextOverlay overlay;
+    overlay.init();
+    OverlayFacts facts;
+    facts.nation = QStringLiteral("Testland");
+    const QImage image = drawn(600, [&] { overlay.render(facts, 600, 600); });
+    EXPECT_EQ(overlay.uploads, 1);
+    EXPECT_FALSE(overlay.dirty);
+
+    // Every opaque white pixel of the overlay lands 1 right and 5 down.
+    int checked = 0;
+    for (int y = 0; y < 120; ++y)
+        for (int x = 0; x < 200; ++x)
+            if (qAlpha(overlay.image.pixel(x, y)) == 255 && white(overlay.image.pixel(x, y))) {
+                EXPECT_TRUE(white(image.pixel(x + 1, y + 5))) << x << "," << y;
+                ++checked;
+            }
+    EXPECT_GT(checked, 20);
+    EXPECT_TRUE(near(image.pixel(300, 300), 0, 0, 0));
+
+    drawn(600, [&] { overlay.render(facts, 600, 600); });
+    EXPECT_EQ(overlay.uploads, 1);
+    overlay.dirty = true;
+    drawn(600, [&] { overlay.render(facts, 600, 600); });
+    EXPECT_EQ(overlay.uploads, 2);
+    // The statistics change each frame.
+    facts.showRenderInfo = true;
+    drawn(600, [&] { overlay.render(facts, 600, 600); });
+    EXPECT_EQ(overlay.uploads, 3);
+    overlay.release();
+}
+
+TEST_F(OverlayGlTest, GridHasRedAndBlueMiddleLinesAndGreyOthers)
+{
+    ASSERT_NE(gl, nullptr);
+    GridMesh grid;
+    grid.create(4);
+    ASSERT_EQ(grid.buffer.vertexCount, 20u);
+    EXPECT_EQ(grid.buffer.stride, 24u);
+    EXPECT_FLOAT_EQ(grid.offset[0], -2.0f);
+    EXPECT_FLOAT_EQ(grid.offset[1], 0.01f);
+    EXPECT_FLOAT_EQ(grid.offset[2], -2.0f);
+
+    // From above: x to the right, z up the image, a third of clip space per unit.
+    stack.view = {1.0f / 3, 0, 0, 0, 0, 0, 0.1f, 0, 0, 1.0f / 3, 0, 0, 0, 0, 0, 1};
+    const QImage image = drawn(101, [&] { grid.draw(); });
+    EXPECT_TRUE(near(image.pixel(50, 20), 255, 51, 51)) << std::hex << image.pixel(50, 20);
+    EXPECT_TRUE(near(image.pixel(20, 50), 77, 77, 255)) << std::hex << image.pixel(20, 50);
+    EXPECT_TRUE(near(image.pixel(67, 20), 26, 26, 26)) << std::hex << image.pixel(67, 20);
+    EXPECT_TRUE(near(image.pixel(58, 20), 0, 0, 0));
+    grid.release();
+}
+
+TEST_F(OverlayGlTest, LineBufferDrawsItsLinesUntilCleared)
+{
+    ASSERT_NE(gl, nullptr);
+    LineBuffer lines;
+    lines.init();
+    lines.addLine({-0.8f, 0, 0}, {0.8f, 0, 0}, QColor(QStringLiteral("yellow")));
+    EXPECT_EQ(lines.lineCount(), 1);
+    QImage image = drawn(101, [&] { lines.draw(); });
+    for (int x : {15, 50, 85})
+        EXPECT_TRUE(near(image.pixel(x, 50), 255, 255, 0)) << x;
+    EXPECT_TRUE(near(image.pixel(50, 30), 0, 0, 0));
+
+    lines.clear();
+    image = drawn(101, [&] { lines.draw(); });
+    EXPECT_TRUE(near(image.pixel(50, 50), 0, 0, 0));
+    lines.release();
+}
+
+TEST_F(OverlayGlTest, MarkerSphereIsADotAtItsPosition)
+{
+    ASSERT_NE(gl, nullptr);
+    MarkerSphere marker;
+    marker.init(QColor(QStringLiteral("royalblue")));
+    EXPECT_EQ(marker.vertices.size(), 22 * 22 * 6 * 6);
+    marker.setPosition({0.5f, 0, 0});
+    const QImage image = drawn(101, [&] { marker.draw(); });
+    EXPECT_TRUE(near(image.pixel(76, 50), 65, 105, 225)) << std::hex << image.pixel(76, 50);
+    EXPECT_TRUE(near(image.pixel(50, 50), 0, 0, 0));
+    EXPECT_TRUE(near(image.pixel(76, 44), 0, 0, 0));
+    marker.release();
+}

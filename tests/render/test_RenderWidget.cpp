@@ -11,6 +11,7 @@
 #include "Settings.h"
 #include "ShaderLoader.h"
 #include "StartupError.h"
+#include "TestRoot.h"
 
 #include <QOpenGLContext>
 #include <QOpenGLFunctions_3_2_Core>
@@ -121,6 +122,9 @@ protected:
         settings.viewportColor = clearColour;
         settings.showShadows = false;
         settings.screenshotAlpha = false;
+        // No backdrop: these tests look at the viewport alone.
+        root.writeFile(QStringLiteral("data/garages.cfg"), "<garages.cfg/>");
+        root.enter();
     }
     ~RenderWidgetTest() override { resetStartupState(); }
 
@@ -144,6 +148,7 @@ protected:
 
     int logged(const QString& line) const { return int(log.lines.count(line)); }
 
+    TestRoot root;
     LogCapture log;
     MessageBoxRecorder boxes;
     Settings settings{QString()};

@@ -7,9 +7,11 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 bool fatalSeen = false;
@@ -111,4 +113,34 @@ QString ToolContext::gameDirectory() const
 bool ToolContext::fatalErrorSeen()
 {
     return fatalSeen;
+}
+
+bool readFileOrResource(const QString& name, const QString& gameDirectory,
+                        const ToolArguments& arguments, QByteArray& bytes)
+{
+    if (QFileInfo(name).isFile()) {
+        QFile file(name);
+        if (!file.open(QIODevice::ReadOnly)) {
+            printError(QStringLiteral("Cannot open file: ") + name);
+            return false;
+        }
+        bytes = file.readAll();
+        return true;
+    }
+    if (gameDirectory.isEmpty()) {
+        printError(QStringLiteral("No such file, and no GAME_DIR to look it up in: ") + name);
+        return false;
+    }
+    ToolContext context(gameDirectory, arguments);
+    if (!context.requireGameDirectory())
+        return false;
+    std::unique_ptr<QIODevice> device(context.files().getFile(name));
+    if (!device) {
+        printError(
+            QStringLiteral("Not found in the mod folder, the game's res folder or any archive: ") +
+            name);
+        return false;
+    }
+    bytes = device->readAll();
+    return true;
 }

@@ -52,3 +52,10 @@ private:
 };
 
 void printError(const QString& message);
+
+// FILE_OR_NAME as the commands take it: the bytes of a file on disk, or
+// else the resource of that name in the game folder gameDirectory (empty
+// when none was given), found as the program finds it. False when neither
+// works; the reason is already on standard error.
+bool readFileOrResource(const QString& name, const QString& gameDirectory,
+                        const ToolArguments& arguments, QByteArray& bytes);

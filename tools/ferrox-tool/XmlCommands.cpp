@@ -27,18 +27,6 @@ int answerOnStandardError(const MessageBoxRequest& request)
     return QMessageBox::Ok;
 }
 
-// A file on disk, in memory as Ferrox holds every file it reads.
-std::unique_ptr<QIODevice> openDiskFile(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return nullptr;
-    auto buffer = std::make_unique<QBuffer>();
-    buffer->setData(file.readAll());
-    buffer->open(QIODevice::ReadOnly);
-    return buffer;
-}
-
 // Reads the document, prints it, and gives the exit code.
 int printDocument(QIODevice& device, const QString& name)
 {
@@ -70,30 +58,11 @@ int xmlCommand(const ToolArguments& arguments)
             "usage: ferrox-tool xml FILE_OR_NAME [GAME_DIR] [--mod DIR] [--resources FILE]"));
         return 2;
     }
-    QString name = arguments.positional[0];
-
-    if (arguments.positional.size() == 1) {
-        std::unique_ptr<QIODevice> device = openDiskFile(name);
-        if (!device) {
-            printError(QStringLiteral("Cannot open file: ") + name);
-            return 1;
-        }
-        return printDocument(*device, name);
-    }
-
-    // The context moves to the program's folder; a file named from where the
-    // tool was started must keep pointing at that file.
-    if (QFileInfo(name).isFile())
-        name = QFileInfo(name).absoluteFilePath();
-    ToolContext context(arguments.positional[1], arguments);
-    if (!context.requireGameDirectory())
+    const QString name = arguments.positional[0];
+    QByteArray bytes;
+    if (!readFileOrResource(name, arguments.positional.value(1), arguments, bytes))
         return 1;
-    std::unique_ptr<QIODevice> device(context.files().getFile(name));
-    if (!device) {
-        printError(
-            QStringLiteral("Not found in the mod folder, the game's res folder or any archive: ") +
-            name);
-        return 1;
-    }
-    return printDocument(*device, name);
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+    return printDocument(device, name);
 }

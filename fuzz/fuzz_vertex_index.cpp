@@ -1,0 +1,77 @@
+// Index and vertex chunks from arbitrary bytes. The first byte chooses the
+// reader; for vertices, the rest is split into a vertex chunk and a uv2
+// stream. Nothing may be read outside the chunk, and the decoded lists must
+// agree with the counts reported.
+
+#include "IndexBuffer.h"
+#include "MeshGeometry.h"
+#include "MessageBoxes.h"
+#include "VertexDecoding.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QtGlobal>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace {
+void decodeIndices(const QByteArray& chunk)
+{
+    MeshGeometry geometry;
+    DecodedIndices decoded;
+    decodeIndexChunk(chunk, geometry, decoded);
+    const qsizetype width = decoded.is32Bit ? 4 : 2;
+    if (geometry.indices16.size() != qsizetype(geometry.triangleCount) * 3 ||
+        decoded.glBytes.size() != geometry.indices16.size() * width ||
+        geometry.indices16.size() > chunk.size())
+        __builtin_trap();
+    if (decoded.is32Bit && geometry.indices32.size() != geometry.indices16.size())
+        __builtin_trap();
+}
+
+void decodeVertexChunk(const QByteArray& chunk, const QByteArray& streamBytes)
+{
+    VertexChunkHeader header;
+    readVertexChunkHeader(chunk, header);
+    // The caller's buffer is sized by what the chunk holds, as the buffer
+    // manager does.
+    header.vertexCount = vertexRecordsPresent(header, chunk);
+    QVector<Vector2> stream;
+    const bool withStream = header.format == VertexFormat::XyzNuvTb && !streamBytes.isEmpty();
+    if (withStream)
+        readUvStream(streamBytes, header.vertexCount, stream);
+    const int floats = glFloatsPerVertex(header.format, withStream);
+    std::vector<float> output(size_t(header.vertexCount) * size_t(floats));
+    MeshGeometry geometry;
+    decodeVertices(header, chunk, stream, geometry, output.data());
+    if (header.format != VertexFormat::Unknown &&
+        geometry.positions.size() != qsizetype(header.vertexCount))
+        __builtin_trap();
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    static const bool quiet = [] {
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+        setMessageBoxHandler([](const MessageBoxRequest&) { return int(QMessageBox::Ok); });
+        return true;
+    }();
+    Q_UNUSED(quiet);
+    if (size < 1)
+        return 0;
+
+    const QByteArray rest(reinterpret_cast<const char*>(data + 1), qsizetype(size - 1));
+    if ((data[0] & 1) == 0) {
+        decodeIndices(rest);
+        return 0;
+    }
+    // The second byte says how many of the last bytes form the stream.
+    const qsizetype streamSize =
+        rest.isEmpty() ? 0 : qMin<qsizetype>(quint8(rest[0]) * 8, rest.size() - 1);
+    const QByteArray body = rest.mid(1);
+    decodeVertexChunk(body.left(body.size() - streamSize), body.right(streamSize));
+    return 0;
+}
