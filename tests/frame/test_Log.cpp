@@ -14,7 +14,7 @@
 namespace {
 QString readLogFile(const TestRoot& root)
 {
-    QFile file(root.dataDirectory() + QStringLiteral("/Ferrox.log"));
+    QFile file(root.dataDirectory() + "/Ferrox.log");
     if (!file.open(QIODevice::ReadOnly))
         return QString();
     return QString::fromUtf8(file.readAll());
@@ -22,7 +22,7 @@ QString readLogFile(const TestRoot& root)
 
 QStringList fileLines(const TestRoot& root)
 {
-    QStringList lines = readLogFile(root).split(QStringLiteral("\r\n"));
+    QStringList lines = readLogFile(root).split("\r\n");
     if (!lines.isEmpty() && lines.last().isEmpty())
         lines.removeLast();
     return lines;
@@ -48,91 +48,61 @@ protected:
 };
 } // namespace
 
-TEST_F(LogTest, WritesHeaderThenMessagesWithUnpaddedTimeAndCrLf)
+TEST_F(LogTest, EachRunWritesHeaderThenUtf8MessagesWithUnpaddedTimeAndCrLf)
 {
     {
         Log log;
-        Log::log(QStringLiteral("Loading zip archives."), Log::Info);
-        Log::log(QStringLiteral("careful"), Log::Warning);
-        Log::log(QStringLiteral("broken"), Log::Error);
+        Log::log("Loading zip archives.", Log::Info);
+        Log::log("careful", Log::Warning);
+        Log::log("broken", Log::Error);
+        Log::log("Škoda Ж", Log::Info);
     }
     const QString text = readLogFile(root);
-    ASSERT_TRUE(text.endsWith(QStringLiteral("\r\n")));
-    EXPECT_FALSE(text.contains(QRegularExpression(QStringLiteral("[^\r]\n"))));
+    ASSERT_TRUE(text.endsWith("\r\n"));
+    EXPECT_FALSE(text.contains(QRegularExpression("[^\r]\n")));
 
     const QStringList lines = fileLines(root);
-    ASSERT_EQ(lines.size(), 9);
-    const QRegularExpression timeMark(QStringLiteral(
-        "^(0|[1-9][0-9]?):(0|[1-9][0-9]?):(0|[1-9][0-9]?)\\[ (Info|Warning|Error) \\] "));
+    ASSERT_EQ(lines.size(), 10);
+    const QRegularExpression timeMark(
+        "^(0|[1-9][0-9]?):(0|[1-9][0-9]?):(0|[1-9][0-9]?)\\[ (Info|Warning|Error) \\] ");
     for (const QString& line : lines)
         EXPECT_TRUE(timeMark.match(line).hasMatch()) << line.toStdString();
 
-    EXPECT_TRUE(withoutTime(lines[0]).startsWith(QStringLiteral("[ Info ] OS Version: ")));
-    EXPECT_EQ(withoutTime(lines[1]), QStringLiteral("[ Info ] Ferrox Version: 1.0.17 x64"));
+    EXPECT_TRUE(withoutTime(lines[0]).startsWith("[ Info ] OS Version: "));
+    EXPECT_EQ(withoutTime(lines[1]), "[ Info ] Ferrox Version: 1.0.17 x64");
     EXPECT_TRUE(withoutTime(lines[2]).contains(
-        QRegularExpression(QStringLiteral("^\\[ Info \\] Cpu Count: [1-9][0-9]*$"))));
-    EXPECT_TRUE(withoutTime(lines[3]).startsWith(QStringLiteral("[ Info ] QT Version: 6.")));
-    EXPECT_TRUE(withoutTime(lines[4]).startsWith(QStringLiteral("[ Info ] Local Language: ")));
-    EXPECT_EQ(withoutTime(lines[5]), QStringLiteral("[ Info ] Loading zip archives."));
-    EXPECT_EQ(withoutTime(lines[6]), QStringLiteral("[ Warning ] careful"));
-    EXPECT_EQ(withoutTime(lines[7]), QStringLiteral("[ Error ] broken"));
-    EXPECT_EQ(withoutTime(lines[8]), QStringLiteral("[ Info ] Log shutting down."));
+        QRegularExpression("^\\[ Info \\] Cpu Count: [1-9][0-9]*$")));
+    EXPECT_TRUE(withoutTime(lines[3]).startsWith("[ Info ] QT Version: 6."));
+    EXPECT_TRUE(withoutTime(lines[4]).startsWith("[ Info ] Local Language: "));
+    EXPECT_EQ(lines.mid(5).replaceInStrings(QRegularExpression("^[0-9:]*"), ""),
+              (QStringList{"[ Info ] Loading zip archives.", "[ Warning ] careful",
+                           "[ Error ] broken", "[ Info ] Škoda Ж", "[ Info ] Log shutting down."}));
+
+    // A new run empties the previous file.
+    {
+        Log log;
+    }
+    EXPECT_FALSE(readLogFile(root).contains("careful"));
+    EXPECT_EQ(readLogFile(root).count("OS Version: "), 1);
 }
 
-TEST_F(LogTest, EachLineIsOnDiskWhenLogReturns)
+TEST_F(LogTest, KeepsTextPerLevelAndWritesEachLineAtOnce)
 {
     Log log;
-    Log::log(QStringLiteral("flushed at once"), Log::Info);
-    EXPECT_TRUE(readLogFile(root).endsWith(QStringLiteral("[ Info ] flushed at once\r\n")));
-}
+    QSignalSpy changed(&log, &Log::logChanged);
+    Log::log("first warning", Log::Warning);
+    EXPECT_TRUE(readLogFile(root).endsWith("[ Warning ] first warning\r\n"));
+    Log::log("an error", Log::Error);
+    Log::log("second\nwarning", Log::Warning);
+    EXPECT_EQ(changed.count(), 3);
 
-TEST_F(LogTest, TextOfALevelListsNewestFirstAndAllTextKeepsOrder)
-{
-    Log log;
-    Log::log(QStringLiteral("first warning"), Log::Warning);
-    Log::log(QStringLiteral("an error"), Log::Error);
-    Log::log(QStringLiteral("second warning"), Log::Warning);
-
+    // The text of a level lists the newest first; all text keeps the order.
     EXPECT_EQ(log.text(Log::Warning),
-              QStringLiteral("[ Warning ] second warning\r\n[ Warning ] first warning\r\n"));
-    EXPECT_EQ(log.text(Log::Error), QStringLiteral("[ Error ] an error\r\n"));
-    EXPECT_TRUE(log.allText.endsWith(QStringLiteral(
-        "[ Warning ] first warning\r\n[ Error ] an error\r\n[ Warning ] second warning\r\n")));
-    EXPECT_FALSE(log.allText.contains(QLatin1Char(':') + QStringLiteral("[")));
-}
-
-TEST_F(LogTest, SignalsOncePerMessage)
-{
-    Log log;
-    QSignalSpy spy(&log, &Log::logChanged);
-    Log::log(QStringLiteral("one"), Log::Info);
-    Log::log(QStringLiteral("two\nlines"), Log::Error);
-    EXPECT_EQ(spy.count(), 2);
-}
-
-TEST_F(LogTest, NonAsciiMessageIsUtf8InTheFile)
-{
-    {
-        Log log;
-        Log::log(QStringLiteral("Škoda Ж"), Log::Info);
-    }
-    QFile file(root.dataDirectory() + QStringLiteral("/Ferrox.log"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(file.readAll().contains("\xC5\xA0koda \xD0\x96"));
-}
-
-TEST_F(LogTest, NewRunEmptiesThePreviousFile)
-{
-    {
-        Log log;
-        Log::log(QStringLiteral("from the first run"), Log::Info);
-    }
-    {
-        Log log;
-    }
-    const QString text = readLogFile(root);
-    EXPECT_FALSE(text.contains(QStringLiteral("from the first run")));
-    EXPECT_EQ(text.count(QStringLiteral("OS Version: ")), 1);
+              "[ Warning ] second\nwarning\r\n[ Warning ] first warning\r\n");
+    EXPECT_EQ(log.text(Log::Error), "[ Error ] an error\r\n");
+    EXPECT_TRUE(log.allText.endsWith(
+        "[ Warning ] first warning\r\n[ Error ] an error\r\n[ Warning ] second\nwarning\r\n"));
+    EXPECT_FALSE(log.allText.contains(":["));
 }
 
 TEST_F(LogTest, WithoutALogMessagesGoToTheFallbackSink)
@@ -141,46 +111,39 @@ TEST_F(LogTest, WithoutALogMessagesGoToTheFallbackSink)
     Log::setFallbackSink([&seen](const QString& message, int level) {
         seen.append(QString::number(level) + message);
     });
-    Log::log(QStringLiteral("no log yet"), Log::Warning);
+    Log::log("no log yet", Log::Warning);
     {
         Log log;
-        Log::log(QStringLiteral("to the log"), Log::Info);
+        Log::log("to the log", Log::Info);
     }
-    Log::log(QStringLiteral("log gone"), Log::Error);
+    Log::log("log gone", Log::Error);
     Log::setFallbackSink({});
 
-    EXPECT_EQ(seen, QStringList({QStringLiteral("1no log yet"), QStringLiteral("2log gone")}));
+    EXPECT_EQ(seen, QStringList({"1no log yet", "2log gone"}));
     EXPECT_EQ(Log::instance(), nullptr);
 }
 
-TEST_F(LogTest, UnwritableUserDirectoryGathersBothStartupMessages)
+TEST_F(LogTest, UnwritableUserDirectoryGathersBothStartupMessagesUntilStartupEnds)
 {
     // A file where the user directory should be cannot be entered, even by
     // root, for whom permission bits would not count.
     QDir(root.dataDirectory()).removeRecursively();
-    root.writeFile(QStringLiteral("data"), "not a folder");
+    root.writeFile("data", "not a folder");
 
     Log log;
-    Log::log(QStringLiteral("kept in memory"), Log::Info);
+    Log::log("kept in memory", Log::Info);
 
     ASSERT_TRUE(startupErrorPending());
     const QString text = takeStartupError();
-    const QString created = QStringLiteral("Could not create user directory,this is most likely a "
-                                           "permissions issue.\nPlease check "
-                                           "that you have sufficient write access to: ") +
-                            root.dataDirectory();
-    const QString opened = QStringLiteral("Could not open log file,this is most likely a "
-                                          "permissions issue.\nPlease check that you "
-                                          "have sufficient write access to: ") +
-                           root.dataDirectory();
-    EXPECT_EQ(text, created + opened);
-    EXPECT_TRUE(log.allText.contains(QStringLiteral("kept in memory")));
-}
+    const QString issue = ",this is most likely a permissions issue.\nPlease check that you have "
+                          "sufficient write access to: " +
+                          root.dataDirectory();
+    EXPECT_EQ(text, "Could not create user directory" + issue + "Could not open log file" + issue);
+    EXPECT_TRUE(log.allText.contains("kept in memory"));
 
-TEST_F(LogTest, ReportsAfterStartupFinishedAreDropped)
-{
+    // Reports after start-up finished are dropped.
     markStartupFinished();
-    reportStartupError(QStringLiteral("too late"));
+    reportStartupError("too late");
     EXPECT_FALSE(startupErrorPending());
     EXPECT_TRUE(takeStartupError().isEmpty());
 }

@@ -21,7 +21,7 @@ protected:
     }
     void TearDown() override { resetStartupState(); }
 
-    QString settingsPath() const { return root.dataDirectory() + QStringLiteral("/settings.cfg"); }
+    QString settingsPath() const { return root.dataDirectory() + "/settings.cfg"; }
 
     QByteArray readSettingsFile() const
     {
@@ -31,7 +31,7 @@ protected:
 
     void writeSettingsFile(const QByteArray& content) const
     {
-        root.writeFile(QStringLiteral("data/settings.cfg"), content);
+        root.writeFile("data/settings.cfg", content);
     }
 
     TestRoot root;
@@ -53,13 +53,13 @@ TEST_F(SettingsTest, FirstRunWarnsAndWritesTheWholeTableInOrder)
 
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Warning);
-    EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Ferrox"));
+    EXPECT_EQ(boxes.boxes[0].title, "Ferrox");
     EXPECT_TRUE(boxes.boxes[0].text.startsWith(
-        QStringLiteral("Could not locate settings file, creating a new one.\nThe preferences")));
+        "Could not locate settings file, creating a new one.\nThe preferences"));
     EXPECT_TRUE(settings.firstRun);
     EXPECT_FALSE(settings.gavrelPathValid);
     EXPECT_EQ(changed.count(), 0);
-    EXPECT_TRUE(QDir(root.dataDirectory() + QStringLiteral("/screenshots")).exists());
+    EXPECT_TRUE(QDir(root.dataDirectory() + "/screenshots").exists());
 
     const QByteArray expected =
         settingsDocument(" <Version>1</Version>\n"
@@ -111,12 +111,12 @@ TEST_F(SettingsTest, SavedValuesReadBackInANewObject)
     {
         Settings settings;
         settings.loadOrCreate();
-        settings.setModPath(QStringLiteral("/mods/res_mods"));
+        settings.setModPath("/mods/res_mods");
         settings.setShadowMapSize(4096);
         settings.setShadowMapSamples(2.5f);
         settings.setViewportColor(QColor(1, 2, 3, 4));
         settings.setMouseInvert(true, false);
-        settings.setLighting(QStringLiteral("Ärger & <tags>"));
+        settings.setLighting("Ärger & <tags>");
         settings.save();
     }
     boxes.boxes.clear();
@@ -124,13 +124,13 @@ TEST_F(SettingsTest, SavedValuesReadBackInANewObject)
     settings.loadOrCreate();
     EXPECT_TRUE(boxes.boxes.isEmpty());
     EXPECT_FALSE(settings.firstRun);
-    EXPECT_EQ(settings.modPath, QStringLiteral("/mods/res_mods"));
+    EXPECT_EQ(settings.modPath, "/mods/res_mods");
     EXPECT_EQ(settings.shadowMap, 4096);
     EXPECT_FLOAT_EQ(settings.shadowMapSamples, 2.5f);
     EXPECT_EQ(settings.viewportColor, QColor(1, 2, 3, 4));
     EXPECT_TRUE(settings.mouseInvertX);
     EXPECT_FALSE(settings.mouseInvertY);
-    EXPECT_EQ(settings.lighting, QStringLiteral("Ärger & <tags>"));
+    EXPECT_EQ(settings.lighting, "Ärger & <tags>");
 }
 
 TEST_F(SettingsTest, KeysAreFoundWhateverTheirOrderAndMissingOnesReadEmpty)
@@ -150,7 +150,7 @@ TEST_F(SettingsTest, KeysAreFoundWhateverTheirOrderAndMissingOnesReadEmpty)
     EXPECT_FALSE(settings.showTankInfo);
     EXPECT_EQ(settings.ambientLight, 0);
     EXPECT_FALSE(settings.viewportColor.isValid());
-    EXPECT_EQ(settings.modPath, QStringLiteral("/m"));
+    EXPECT_EQ(settings.modPath, "/m");
     EXPECT_TRUE(settings.gavrelPath.isEmpty());
     EXPECT_EQ(settings.shadowMap, 0);
     EXPECT_FALSE(settings.nativeFileDialog);
@@ -160,54 +160,39 @@ TEST_F(SettingsTest, KeysAreFoundWhateverTheirOrderAndMissingOnesReadEmpty)
 TEST(SettingsFormatTest, ValueTextsFollowTheFileRules)
 {
     using namespace SettingsFormat;
-    EXPECT_EQ(colorText(QColor(Qt::darkGray)), QStringLiteral("128 128 128 255"));
-    EXPECT_EQ(readColor(QStringLiteral("10.9 20 30 40")), QColor(10, 20, 30, 40));
-    EXPECT_FALSE(readColor(QStringLiteral("10 20 30 40 50")).isValid());
-    EXPECT_FALSE(readColor(QStringLiteral("10  20 30 40")).isValid());
-    EXPECT_EQ(floatText(8.0f), QStringLiteral("8"));
-    EXPECT_EQ(floatText(0.1234567f), QStringLiteral("0.123457"));
-    EXPECT_TRUE(readBool(QStringLiteral("TrUe")));
-    EXPECT_FALSE(readBool(QStringLiteral("yes")));
-    EXPECT_EQ(readInt(QStringLiteral(" 12")), 12);
-    EXPECT_EQ(readInt(QStringLiteral("12px")), 0);
+    EXPECT_EQ(colorText(QColor(Qt::darkGray)), "128 128 128 255");
+    EXPECT_EQ(readColor("10.9 20 30 40"), QColor(10, 20, 30, 40));
+    EXPECT_FALSE(readColor("10 20 30 40 50").isValid());
+    EXPECT_FALSE(readColor("10  20 30 40").isValid());
+    EXPECT_EQ(floatText(8.0f), "8");
+    EXPECT_EQ(floatText(0.1234567f), "0.123457");
+    EXPECT_TRUE(readBool("TrUe"));
+    EXPECT_FALSE(readBool("yes"));
+    EXPECT_EQ(readInt(" 12"), 12);
+    EXPECT_EQ(readInt("12px"), 0);
 }
 
-TEST_F(SettingsTest, UnreadableXmlBecomesAStartupError)
-{
-    writeSettingsFile("<Settings><Paths>");
-    Settings settings;
-    settings.loadOrCreate();
-    EXPECT_TRUE(startupErrorPending());
-    EXPECT_EQ(takeStartupError(), QStringLiteral("Could not set XML content."));
-}
-
-TEST_F(SettingsTest, GamePathIsAnnouncedOnlyWhenValidAndOnlyOnceOnSave)
+TEST_F(SettingsTest, GamePathIsAnnouncedOnlyWhenValidOnceOnSaveAndWhileLoading)
 {
     GameTree game;
     GameTree notAGame(false);
-    Settings settings;
-    settings.loadOrCreate();
-    QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
+    {
+        Settings settings;
+        settings.loadOrCreate();
+        QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
+        settings.setGavrelPath(notAGame.path());
+        settings.save();
+        EXPECT_EQ(changed.count(), 0);
+        EXPECT_TRUE(readSettingsFile().contains(notAGame.path().toUtf8()));
 
-    settings.setGavrelPath(notAGame.path());
-    settings.save();
-    EXPECT_EQ(changed.count(), 0);
-    EXPECT_TRUE(readSettingsFile().contains(notAGame.path().toUtf8()));
-
-    settings.setGavrelPath(game.path());
-    EXPECT_TRUE(settings.gavrelPathValid);
-    EXPECT_EQ(changed.count(), 0);
-    settings.save();
-    EXPECT_EQ(changed.count(), 1);
-    settings.save();
-    EXPECT_EQ(changed.count(), 1);
-}
-
-TEST_F(SettingsTest, ValidStoredPathIsAnnouncedWhileLoading)
-{
-    GameTree game;
-    writeSettingsFile(settingsDocument(" <Paths><GavrelPath>" + game.path().toUtf8() +
-                                       "</GavrelPath></Paths>\n"));
+        settings.setGavrelPath(game.path());
+        EXPECT_TRUE(settings.gavrelPathValid);
+        EXPECT_EQ(changed.count(), 0);
+        settings.save();
+        EXPECT_EQ(changed.count(), 1);
+        settings.save();
+        EXPECT_EQ(changed.count(), 1);
+    }
     Settings settings;
     QSignalSpy changed(&settings, &Settings::gavrelPathChanged);
     settings.loadOrCreate();
@@ -215,12 +200,17 @@ TEST_F(SettingsTest, ValidStoredPathIsAnnouncedWhileLoading)
     EXPECT_TRUE(settings.gavrelPathValid);
 }
 
-TEST_F(SettingsTest, FailedWriteShowsTheClosingBox)
+TEST_F(SettingsTest, UnreadableXmlIsAStartupErrorAndAFailedWriteShowsTheClosingBox)
 {
-    Settings settings(root.filePath(QStringLiteral("no/such/folder/settings.cfg")));
+    writeSettingsFile("<Settings><Paths>");
+    Settings broken;
+    broken.loadOrCreate();
+    EXPECT_TRUE(startupErrorPending());
+    EXPECT_EQ(takeStartupError(), "Could not set XML content.");
+
+    Settings settings(root.filePath("no/such/folder/settings.cfg"));
     settings.save();
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Critical);
-    EXPECT_EQ(boxes.boxes[0].text,
-              QStringLiteral("Could not open settings file.\nApplication will now close."));
+    EXPECT_EQ(boxes.boxes[0].text, "Could not open settings file.\nApplication will now close.");
 }

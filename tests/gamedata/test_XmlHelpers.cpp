@@ -12,6 +12,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <string>
+#include <tuple>
 
 namespace {
 Matrix identity()
@@ -19,10 +20,11 @@ Matrix identity()
     return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 }
 
-QDomElement transformElement(QDomDocument& document, const QString& xml)
+Matrix transformOf(const QString& xml)
 {
+    QDomDocument document;
     EXPECT_TRUE(document.setContent(xml));
-    return document.documentElement();
+    return parseTransform(document.documentElement());
 }
 
 // Switches LC_NUMERIC to a locale with a decimal comma for its lifetime,
@@ -36,13 +38,11 @@ public:
         previous = current ? current : "C";
         if (tryLocale())
             return;
-        const QString localedef = QStandardPaths::findExecutable(QStringLiteral("localedef"));
+        const QString localedef = QStandardPaths::findExecutable("localedef");
         if (localedef.isEmpty() || !folder.isValid())
             return;
-        const QString target = folder.filePath(QStringLiteral("de_DE.UTF-8"));
-        if (QProcess::execute(localedef, {QStringLiteral("-i"), QStringLiteral("de_DE"),
-                                          QStringLiteral("-f"), QStringLiteral("UTF-8"), target}) <
-            0)
+        const QString target = folder.filePath("de_DE.UTF-8");
+        if (QProcess::execute(localedef, {"-i", "de_DE", "-f", "UTF-8", target}) < 0)
             return;
         const char* oldPath = std::getenv("LOCPATH");
         hadLocPath = oldPath != nullptr;
@@ -83,27 +83,23 @@ private:
 
 TEST(XmlHelpersTest, VectorsNeedEveryNumberOrReadAllZero)
 {
-    EXPECT_EQ(parseVector3(QStringLiteral("1 2")), (Vector3{0, 0, 0}));
-    EXPECT_EQ(parseVector3(QStringLiteral("1 2 3 4")), (Vector3{1, 2, 3}));
-    EXPECT_EQ(parseVector3(QStringLiteral("wheels")), (Vector3{0, 0, 0}));
+    EXPECT_EQ(parseVector3("1 2"), (Vector3{0, 0, 0}));
+    EXPECT_EQ(parseVector3("1 2 3 4"), (Vector3{1, 2, 3}));
+    EXPECT_EQ(parseVector3("wheels"), (Vector3{0, 0, 0}));
     EXPECT_EQ(parseVector3(QString()), (Vector3{0, 0, 0}));
     // A number cut short by a letter ends there; the next one must follow.
-    EXPECT_EQ(parseVector3(QStringLiteral("1 2 3abc")), (Vector3{1, 2, 3}));
-    EXPECT_EQ(parseVector3(QStringLiteral("1 2x 3")), (Vector3{0, 0, 0}));
-    EXPECT_EQ(parseVector3(QStringLiteral("1,5 2 3")), (Vector3{0, 0, 0}));
-
-    EXPECT_EQ(parseVector2(QStringLiteral("-0.5 4e2")), (Vector2{-0.5f, 400}));
-    EXPECT_EQ(parseVector2(QStringLiteral("7")), (Vector2{0, 0}));
-    EXPECT_EQ(parseVector4(QStringLiteral("1 2 3 .25")), (Vector4{1, 2, 3, 0.25f}));
-    EXPECT_EQ(parseVector4(QStringLiteral("1 2 3")), (Vector4{0, 0, 0, 0}));
-}
-
-TEST(XmlHelpersTest, NumbersAreSeparatedByAnyWhiteSpace)
-{
-    EXPECT_EQ(parseVector3(QStringLiteral("  1\t-2\r\n+3.5  ")), (Vector3{1, -2, 3.5f}));
+    EXPECT_EQ(parseVector3("1 2 3abc"), (Vector3{1, 2, 3}));
+    EXPECT_EQ(parseVector3("1 2x 3"), (Vector3{0, 0, 0}));
+    EXPECT_EQ(parseVector3("1,5 2 3"), (Vector3{0, 0, 0}));
+    // Any white space separates.
+    EXPECT_EQ(parseVector3("  1\t-2\r\n+3.5  "), (Vector3{1, -2, 3.5f}));
     // What the packed reader writes for a float reads back to the same float.
-    EXPECT_EQ(parseVector3(QStringLiteral("1.23457e+06 -1.1e-06 0")),
-              (Vector3{1234570.0f, -0.0000011f, 0}));
+    EXPECT_EQ(parseVector3("1.23457e+06 -1.1e-06 0"), (Vector3{1234570.0f, -0.0000011f, 0}));
+
+    EXPECT_EQ(parseVector2("-0.5 4e2"), (Vector2{-0.5f, 400}));
+    EXPECT_EQ(parseVector2("7"), (Vector2{0, 0}));
+    EXPECT_EQ(parseVector4("1 2 3 .25"), (Vector4{1, 2, 3, 0.25f}));
+    EXPECT_EQ(parseVector4("1 2 3"), (Vector4{0, 0, 0, 0}));
 }
 
 TEST(XmlHelpersTest, PointIsTheDecimalMarkWhateverTheProcessLocale)
@@ -117,67 +113,48 @@ TEST(XmlHelpersTest, PointIsTheDecimalMarkWhateverTheProcessLocale)
     std::sscanf("1.5", "%f", &probe);
     ASSERT_EQ(probe, 1.0f);
 
-    EXPECT_EQ(parseVector3(QStringLiteral("1.5 -2.25 3e-1")), (Vector3{1.5f, -2.25f, 0.3f}));
-    EXPECT_EQ(parseVector2(QStringLiteral("1,5 2")), (Vector2{0, 0}));
+    EXPECT_EQ(parseVector3("1.5 -2.25 3e-1"), (Vector3{1.5f, -2.25f, 0.3f}));
+    EXPECT_EQ(parseVector2("1,5 2"), (Vector2{0, 0}));
 }
 
 TEST(XmlHelpersTest, TransformTakesRowsAsTheyStandAndNegatesTranslationX)
 {
-    QDomDocument document;
-    const QDomElement full = transformElement(
-        document, QStringLiteral("<transform><row0>1 2 3</row0><row1> 4 5 6 </row1>"
-                                 "<row2>7 8 9</row2><row3>10 11 12</row3></transform>"));
-    EXPECT_EQ(parseTransform(full), (Matrix{1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, -10, 11, 12, 1}));
-
-    QDomDocument onlyTranslation;
-    const QDomElement partial = transformElement(
-        onlyTranslation, QStringLiteral("<transform><row3>-1.5 2 3</row3></transform>"));
-    EXPECT_EQ(parseTransform(partial), (Matrix{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1.5f, 2, 3, 1}));
-
+    EXPECT_EQ(transformOf("<transform><row0>1 2 3</row0><row1> 4 5 6 </row1>"
+                          "<row2>7 8 9</row2><row3>10 11 12</row3></transform>"),
+              (Matrix{1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, -10, 11, 12, 1}));
+    EXPECT_EQ(transformOf("<transform><row3>-1.5 2 3</row3></transform>"),
+              (Matrix{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1.5f, 2, 3, 1}));
     // Only the first row of each name counts; a short row reads as zeros.
-    QDomDocument twice;
-    const QDomElement repeated =
-        transformElement(twice, QStringLiteral("<t><row0>1 0 0</row0><row0>9 9 9</row0>"
-                                               "<row1>0 1</row1></t>"));
-    const Matrix m = parseTransform(repeated);
-    EXPECT_EQ(m[0], 1.0f);
-    EXPECT_EQ(m[4], 0.0f);
-    EXPECT_EQ(m[5], 0.0f);
-    EXPECT_EQ(m[15], 1.0f);
-
+    EXPECT_EQ(transformOf("<t><row0>1 0 0</row0><row0>9 9 9</row0><row1>0 1</row1></t>"),
+              (Matrix{1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
     EXPECT_EQ(parseTransform(QDomNode())[15], 1.0f);
 }
 
 TEST(XmlHelpersTest, MultiplyAppliesTheRightFactorFirst)
 {
-    // Translation by (10, 0, 0) and a scale by 2 on every axis.
+    // Translation by (10, 0, 0), a scale by 2 on every axis and a quarter
+    // turn about z: T x S scales first, so the translation stays 10, and the
+    // order decides where the translation goes.
     Matrix translate = identity();
     translate[12] = 10;
     Matrix scale = identity();
     scale[0] = scale[5] = scale[10] = 2;
-
-    Matrix ts = translate;
-    multiplyMatrix(ts, scale);
-    // T x S scales first: the translation stays 10.
-    EXPECT_EQ(ts, (Matrix{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 10, 0, 0, 1}));
-
-    Matrix st = scale;
-    multiplyMatrix(st, translate);
-    EXPECT_EQ(st, (Matrix{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 20, 0, 0, 1}));
-
-    // A quarter turn about z: the order decides where the translation goes.
     const Matrix turn{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    Matrix tr = translate;
-    multiplyMatrix(tr, turn);
-    EXPECT_EQ(tr, (Matrix{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 10, 0, 0, 1}));
-    Matrix rt = turn;
-    multiplyMatrix(rt, translate);
-    EXPECT_EQ(rt, (Matrix{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 10, 0, 1}));
+    const std::tuple<Matrix, Matrix, Matrix> cases[] = {
+        {translate, scale, {2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 10, 0, 0, 1}},
+        {scale, translate, {2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 20, 0, 0, 1}},
+        {translate, turn, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 10, 0, 0, 1}},
+        {turn, translate, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 10, 0, 1}}};
+    for (const auto& [left, right, product] : cases) {
+        Matrix result = left;
+        multiplyMatrix(result, right);
+        EXPECT_EQ(result, product);
+    }
 
+    // Squaring in place reads the factors before it writes.
     Matrix a;
     for (int i = 0; i < 16; ++i)
         a[i] = float(i + 1);
-    // Squaring in place reads the factors before it writes.
     Matrix square = a;
     multiplyMatrix(square, square);
     Matrix expectedSquare = a;

@@ -6,154 +6,111 @@
 #include "ToolRunner.h"
 #include "ZipBuilder.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace {
 ToolResult runXml(const QStringList& arguments, const QString& workingDirectory = QString())
 {
-    return runTool(QStringList{QStringLiteral("xml")} + arguments, workingDirectory);
+    return runTool(QStringList{"xml"} + arguments, workingDirectory);
 }
 
 // Root "x", one child "a" holding the integer 5: the smallest packed file
 // with content, written out byte by byte.
-const QByteArray workedExample = QByteArray::fromHex("454ea162"
-                                                     "00"
-                                                     "6100"
-                                                     "00"
-                                                     "0100"
-                                                     "00000010"
-                                                     "0000"
-                                                     "01000020"
-                                                     "05");
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
+const QByteArray workedExample =
+    QByteArray::fromHex("454ea162 00 6100 00 0100 00000010 0000 01000020 05");
 
 class XmlCommandTest : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(folder.isValid());
-        // An empty archive list keeps the lookups to the trees made here.
-        resources = folder.filePath(QStringLiteral("none.cfg"));
-        writeFile(resources, "<list></list>");
-    }
+    // An empty archive list keeps the lookups to the trees made here.
+    void SetUp() override { folder.writeFile("none.cfg", "<list></list>"); }
 
-    QTemporaryDir folder;
-    QString resources;
+    QString file(const QString& name) const { return folder.path() + '/' + name; }
+
+    GameTree folder{false};
+    GameTree game;
+    const QString resources = file("none.cfg");
 };
 } // namespace
 
-TEST_F(XmlCommandTest, PrintsAPackedFileFromDisk)
+TEST_F(XmlCommandTest, PrintsPackedAndPlainFilesFromDisk)
 {
-    const QString path = folder.filePath(QStringLiteral("sub/Hull.model"));
-    writeFile(path, workedExample);
-
-    const ToolResult result = runXml({path});
+    folder.writeFile("sub/Hull.model", workedExample);
+    const ToolResult result = runXml({file("sub/Hull.model")});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(result.out, QByteArray("<Hull.visual><a>5</a>\n</Hull.visual>\n"));
     EXPECT_TRUE(result.err.isEmpty());
 
     // A relative path counts from where the tool was started.
-    const ToolResult relative = runXml({QStringLiteral("sub/Hull.model")}, folder.path());
+    const ToolResult relative = runXml({"sub/Hull.model"}, folder.path());
     EXPECT_EQ(relative.exitCode, 0);
     EXPECT_EQ(relative.out, result.out);
-}
 
-TEST_F(XmlCommandTest, PrintsPlainTextSimplified)
-{
-    const QString path = folder.filePath(QStringLiteral("plain.xml"));
-    writeFile(path, "<root>\n <name>two\n lines</name>\n</root>\n");
-    const ToolResult result = runXml({path});
-    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_EQ(result.out, QByteArray("<root>\n <name>two lines</name>\n</root>\n"));
+    folder.writeFile("plain.xml", "<root>\n <name>two\n lines</name>\n</root>\n");
+    const ToolResult plain = runXml({file("plain.xml")});
+    ASSERT_EQ(plain.exitCode, 0) << plain.err.toStdString();
+    EXPECT_EQ(plain.out, QByteArray("<root>\n <name>two lines</name>\n</root>\n"));
 }
 
 TEST_F(XmlCommandTest, LooksNamesUpInTheGameLikeTheProgram)
 {
-    GameTree game;
-    game.writeFile(QStringLiteral("res/scripts/loose.xml"), workedExample);
+    game.writeFile("res/scripts/loose.xml", workedExample);
     ZipBuilder()
         .add("scripts/Packed.xml", workedExample, ZipBuilder::Deflated)
-        .writeTo(game.packagePath(QStringLiteral("own.pkg")));
-    const QString list = folder.filePath(QStringLiteral("own.cfg"));
-    writeFile(list, "<list><Zip>own.pkg</Zip></list>");
+        .writeTo(game.packagePath("own.pkg"));
+    folder.writeFile("own.cfg", "<list><Zip>own.pkg</Zip></list>");
 
-    const ToolResult loose = runXml({QStringLiteral("scripts/loose.xml"), game.path(),
-                                     QStringLiteral("--resources"), resources});
+    const ToolResult loose = runXml({"scripts/loose.xml", game.path(), "--resources", resources});
     ASSERT_EQ(loose.exitCode, 0) << loose.err.toStdString();
     EXPECT_EQ(loose.out, QByteArray("<loose.xml><a>5</a>\n</loose.xml>\n"));
 
     // Archive lookups ignore case; the root's tag keeps the name as given.
-    const ToolResult archived = runXml(
-        {QStringLiteral("SCRIPTS/packed.xml"), game.path(), QStringLiteral("--resources"), list});
+    const ToolResult archived =
+        runXml({"SCRIPTS/packed.xml", game.path(), "--resources", file("own.cfg")});
     ASSERT_EQ(archived.exitCode, 0) << archived.err.toStdString();
     EXPECT_EQ(archived.out, QByteArray("<packed.xml><a>5</a>\n</packed.xml>\n"));
 
     // A file beside the caller is found although the tool moves elsewhere.
-    writeFile(folder.filePath(QStringLiteral("here.xml")), workedExample);
+    folder.writeFile("here.xml", workedExample);
     const ToolResult here =
-        runXml({QStringLiteral("here.xml"), game.path(), QStringLiteral("--resources"), resources},
-               folder.path());
+        runXml({"here.xml", game.path(), "--resources", resources}, folder.path());
     EXPECT_EQ(here.exitCode, 0) << here.err.toStdString();
     EXPECT_TRUE(here.out.startsWith("<here.xml>"));
 }
 
-TEST_F(XmlCommandTest, MissingFilesFail)
-{
-    const ToolResult onDisk = runXml({folder.filePath(QStringLiteral("absent.xml"))});
-    EXPECT_EQ(onDisk.exitCode, 1);
-    EXPECT_TRUE(onDisk.err.contains("absent.xml"));
-    EXPECT_TRUE(onDisk.out.isEmpty());
-
-    GameTree game;
-    const ToolResult inGame = runXml({QStringLiteral("scripts/absent.xml"), game.path(),
-                                      QStringLiteral("--resources"), resources});
-    EXPECT_EQ(inGame.exitCode, 1);
-    EXPECT_TRUE(inGame.err.contains("scripts/absent.xml"));
-
-    QTemporaryDir notAGame;
-    const ToolResult noGame = runXml({QStringLiteral("scripts/absent.xml"), notAGame.path(),
-                                      QStringLiteral("--resources"), resources});
-    EXPECT_EQ(noGame.exitCode, 1);
-    EXPECT_TRUE(noGame.err.contains("Gavrel.exe"));
-
-    EXPECT_EQ(runXml({}).exitCode, 2);
-    EXPECT_EQ(runXml({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}).exitCode, 2);
-}
-
-TEST_F(XmlCommandTest, UnreadableDocumentsFailWithTheReason)
+TEST_F(XmlCommandTest, MissingOrUnreadableDocumentsFailWithTheReason)
 {
     // Cut inside the child's value: the box text reaches standard error and
     // what was read before it is still printed.
-    const QString cut = folder.filePath(QStringLiteral("cut.xml"));
-    writeFile(cut, workedExample.left(workedExample.size() - 1));
-    const ToolResult truncated = runXml({cut});
-    EXPECT_EQ(truncated.exitCode, 1);
-    EXPECT_TRUE(truncated.err.contains("Error reading data: readCharSigned()"))
-        << truncated.err.toStdString();
-    EXPECT_TRUE(truncated.out.startsWith("<cut.xml>"));
-
-    const QString broken = folder.filePath(QStringLiteral("broken.xml"));
-    writeFile(broken, "<root><open></root>");
-    const ToolResult unparsed = runXml({broken});
-    EXPECT_EQ(unparsed.exitCode, 1);
-    EXPECT_TRUE(unparsed.err.contains("broken.xml"));
-
-    const QString empty = folder.filePath(QStringLiteral("empty.xml"));
-    writeFile(empty, QByteArray());
-    const ToolResult nothing = runXml({empty});
-    EXPECT_EQ(nothing.exitCode, 1);
-    EXPECT_TRUE(nothing.err.contains("Error reading data: readInt()"));
+    folder.writeFile("cut.xml", workedExample.left(workedExample.size() - 1));
+    folder.writeFile("broken.xml", "<root><open></root>");
+    folder.writeFile("empty.xml", QByteArray());
+    GameTree notAGame(false);
+    const struct
+    {
+        QStringList arguments;
+        int exitCode;
+        QByteArray error;
+        QByteArray outStart;
+    } cases[] = {
+        {{file("absent.xml")}, 1, "absent.xml", ""},
+        {{"scripts/absent.xml", game.path(), "--resources", resources},
+         1,
+         "scripts/absent.xml",
+         ""},
+        {{"scripts/absent.xml", notAGame.path(), "--resources", resources}, 1, "Gavrel.exe", ""},
+        {{file("cut.xml")}, 1, "Error reading data: readCharSigned()", "<cut.xml>"},
+        {{file("broken.xml")}, 1, "broken.xml", ""},
+        {{file("empty.xml")}, 1, "Error reading data: readInt()", ""},
+        {{}, 2, "", ""},
+        {{"a", "b", "c"}, 2, "", ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        const ToolResult result = runXml(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_TRUE(result.err.contains(c.error)) << result.err.toStdString();
+        // An empty start asks for no output at all.
+        EXPECT_TRUE(c.outStart.isEmpty() ? result.out.isEmpty() : result.out.startsWith(c.outStart))
+            << result.out.toStdString();
+    }
 }
