@@ -68,6 +68,31 @@ Matrix identityMatrix()
     return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 }
 
+Matrix matrixProduct(const Matrix& a, const Matrix& b)
+{
+    Matrix result = a;
+    multiplyMatrix(result, b);
+    return result;
+}
+
+Matrix translationMatrix(const Vector3& by)
+{
+    Matrix m = identityMatrix();
+    m[12] = by[0];
+    m[13] = by[1];
+    m[14] = by[2];
+    return m;
+}
+
+Matrix scalingMatrix(const Vector3& by)
+{
+    Matrix m = identityMatrix();
+    m[0] = by[0];
+    m[5] = by[1];
+    m[10] = by[2];
+    return m;
+}
+
 Camera::Camera()
 {
     reset();

@@ -12,6 +12,10 @@ struct Quaternion
 using Matrix3 = std::array<float, 9>;
 
 Matrix identityMatrix();
+// Column-major a x b, as GL reads a mat4.
+Matrix matrixProduct(const Matrix& a, const Matrix& b);
+Matrix translationMatrix(const Vector3& by);
+Matrix scalingMatrix(const Vector3& by);
 
 // A plain orbit camera: it looks at target from distance along its own z axis.
 class Camera

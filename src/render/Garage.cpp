@@ -16,24 +16,6 @@
 
 namespace {
 
-Matrix translation(const Vector3& by)
-{
-    Matrix m = identityMatrix();
-    m[12] = by[0];
-    m[13] = by[1];
-    m[14] = by[2];
-    return m;
-}
-
-Matrix scaling(const Vector3& by)
-{
-    Matrix m = identityMatrix();
-    m[0] = by[0];
-    m[5] = by[1];
-    m[10] = by[2];
-    return m;
-}
-
 QString childText(const QDomElement& element, const char* tag)
 {
     return element.firstChildElement(QLatin1String(tag)).text().trimmed();
@@ -46,7 +28,7 @@ Matrix garagePlacement(const QDomElement& element)
     Matrix placement = identityMatrix();
     const QString position = childText(element, "Position");
     if (!position.isEmpty())
-        multiplyMatrix(placement, translation(parseVector3(position)));
+        multiplyMatrix(placement, translationMatrix(parseVector3(position)));
     const QString rotation = childText(element, "Rotation");
     if (!rotation.isEmpty()) {
         const Vector4 axisAngle = parseVector4(rotation);
@@ -55,7 +37,7 @@ Matrix garagePlacement(const QDomElement& element)
     }
     const QString scale = childText(element, "Scale");
     if (!scale.isEmpty())
-        multiplyMatrix(placement, scaling(parseVector3(scale)));
+        multiplyMatrix(placement, scalingMatrix(parseVector3(scale)));
     return placement;
 }
 

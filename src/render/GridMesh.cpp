@@ -39,22 +39,6 @@ float* writeVertex(float* out, float x, float z, const Colour& colour)
 
 } // namespace
 
-Matrix matrixProduct(const Matrix& a, const Matrix& b)
-{
-    Matrix result = a;
-    multiplyMatrix(result, b);
-    return result;
-}
-
-Matrix translationMatrix(const Vector3& v)
-{
-    Matrix m = identityMatrix();
-    m[12] = v[0];
-    m[13] = v[1];
-    m[14] = v[2];
-    return m;
-}
-
 void GridMesh::create(int size)
 {
     Log::log(QStringLiteral("Creating grid mesh."), Log::Info);

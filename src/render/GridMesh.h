@@ -27,8 +27,3 @@ public:
 private:
     void writeVertices(float* out, int size) const;
 };
-
-// Column-major a x b, as GL reads a mat4.
-Matrix matrixProduct(const Matrix& a, const Matrix& b);
-// A translation by v.
-Matrix translationMatrix(const Vector3& v);

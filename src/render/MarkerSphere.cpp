@@ -2,7 +2,6 @@
 
 #include "Camera.h"
 #include "GlFunctions.h"
-#include "GridMesh.h"
 #include "LineBuffer.h"
 #include "MatrixStack.h"
 #include "ShaderLoader.h"
