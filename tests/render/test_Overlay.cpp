@@ -24,8 +24,6 @@
 
 namespace {
 
-using PixelTest = std::function<bool(QRgb)>;
-
 bool yellow(QRgb p)
 {
     return qAlpha(p) > 160 && qRed(p) > 200 && qGreen(p) > 200 && qBlue(p) < 60;
@@ -37,7 +35,7 @@ bool white(QRgb p)
 }
 
 // The first and last row holding a pixel that passes, -1 when none does.
-std::pair<int, int> rowsWith(const QImage& image, const PixelTest& test)
+std::pair<int, int> rowsWith(const QImage& image, bool (*test)(QRgb))
 {
     int first = -1, last = -1;
     for (int y = 0; y < image.height(); ++y)
@@ -116,11 +114,11 @@ TEST(OverlayPaintTest, SwitchesThatChangeTheTextMarkTheOverlayDirty)
 class OverlayGlTest : public testing::Test
 {
 protected:
-    OverlayGlTest()
+    void SetUp() override
     {
         settings.shaderDir = QStringLiteral(FERROX_SOURCE_DIR "/data/shaders/glsl150");
-        if (!context.valid || !shaders.loadShaders())
-            return;
+        ASSERT_TRUE(context.valid);
+        ASSERT_TRUE(shaders.loadShaders());
         gl = QOpenGLVersionFunctionsFactory::get<QOpenGLFunctions_3_2_Core>(&context.context);
         stack.projection = identityMatrix();
         stack.view = identityMatrix();
@@ -146,7 +144,6 @@ protected:
 
 TEST_F(OverlayGlTest, OverlayIsDrawnAtTheTopLeftAndUploadedOnlyWhenChanged)
 {
-    ASSERT_NE(gl, nullptr);
     TextOverlay overlay;
     overlay.init();
     OverlayFacts facts;
@@ -180,14 +177,10 @@ TEST_F(OverlayGlTest, OverlayIsDrawnAtTheTopLeftAndUploadedOnlyWhenChanged)
 
 TEST_F(OverlayGlTest, GridHasRedAndBlueMiddleLinesAndGreyOthers)
 {
-    ASSERT_NE(gl, nullptr);
     GridMesh grid;
     grid.create(4);
     ASSERT_EQ(grid.buffer.vertexCount, 20u);
-    EXPECT_EQ(grid.buffer.stride, 24u);
-    EXPECT_FLOAT_EQ(grid.offset[0], -2.0f);
-    EXPECT_FLOAT_EQ(grid.offset[1], 0.01f);
-    EXPECT_FLOAT_EQ(grid.offset[2], -2.0f);
+    EXPECT_FLOAT_EQ(grid.offset[1], 0.01f); // just above the floor
 
     // From above: x to the right, z up the image, a third of clip space per unit.
     stack.view = {1.0f / 3, 0, 0, 0, 0, 0, 0.1f, 0, 0, 1.0f / 3, 0, 0, 0, 0, 0, 1};
@@ -201,7 +194,6 @@ TEST_F(OverlayGlTest, GridHasRedAndBlueMiddleLinesAndGreyOthers)
 
 TEST_F(OverlayGlTest, LineBufferDrawsItsLinesUntilCleared)
 {
-    ASSERT_NE(gl, nullptr);
     LineBuffer lines;
     lines.init();
     lines.addLine({-0.8f, 0, 0}, {0.8f, 0, 0}, QColor(QStringLiteral("yellow")));
@@ -219,7 +211,6 @@ TEST_F(OverlayGlTest, LineBufferDrawsItsLinesUntilCleared)
 
 TEST_F(OverlayGlTest, MarkerSphereIsADotAtItsPosition)
 {
-    ASSERT_NE(gl, nullptr);
     MarkerSphere marker;
     marker.init(QColor(QStringLiteral("royalblue")));
     EXPECT_EQ(marker.vertices.size(), 22 * 22 * 6 * 6);
