@@ -248,72 +248,53 @@ TEST(DdsImage, DecodesAlphaBlocksAndChannelOrder)
     EXPECT_EQ(r, bytes({200, 100, 157, 142}));
 }
 
-TEST(DdsImage, UnpacksPackedFormats)
+TEST(DdsImage, UnpacksPackedFormatsAndConvertsToRgba8WithRounding)
 {
+    const float r32f[] = {-1.0f, 0.5f, 0.2f, 7.0f};
+    const struct
+    {
+        DdsFormat format;
+        int width;
+        QByteArray pixels;
+        bool (DdsImage::*step)();
+        DdsFormat after;
+        QByteArray expected;
+    } cases[] = {
+        {DdsFormat::RGB565, 2, bytes({0xFF, 0xFF, 0x41, 0x08}), &DdsImage::unpack, // white; 1, 2, 1
+         DdsFormat::RGB8, bytes({255, 255, 255, 8, 8, 8})},
+        {DdsFormat::RGBA4, 2, bytes({0x12, 0x34, 0xF0, 0x0F}), &DdsImage::unpack, DdsFormat::RGBA8,
+         bytes({4 * 17, 1 * 17, 2 * 17, 3 * 17, 255, 255, 0, 0})},
+        // 1023, 1, 0, 2 into 16-bit words 65535, 64, 0, 43690.
+        {DdsFormat::RGB10A2, 1, bytes({0xFF, 0x07, 0x00, 0x80}), &DdsImage::unpack,
+         DdsFormat::RGBA16, bytes({0xFF, 0xFF, 64, 0, 0, 0, 0xAA, 0xAA})},
+        // Floats 256, 128, 2; a zero exponent gives black.
+        {DdsFormat::RGBE8, 1, bytes({128, 64, 1, 137}), &DdsImage::unpack, DdsFormat::RGB32F,
+         bytes({0, 0, 0x80, 0x43, 0, 0, 0, 0x43, 0, 0, 0, 0x40})},
+        {DdsFormat::RGBE8, 1, bytes({128, 64, 1, 0}), &DdsImage::unpack, DdsFormat::RGB32F,
+         QByteArray(12, '\0')},
+        {DdsFormat::R32F, 4, QByteArray(reinterpret_cast<const char*>(r32f), sizeof r32f),
+         &DdsImage::toRgba8, DdsFormat::RGBA8,
+         bytes({0, 0, 0, 255, 128, 128, 128, 255, 51, 51, 51, 255, 255, 255, 255, 255})},
+        {DdsFormat::RG16F, 1, bytes({0x00, 0x38, 0x00, 0xBC}), &DdsImage::toRgba8, // 0.5, -1.0
+         DdsFormat::RGBA8, bytes({128, 0, 0, 255})},
+        {DdsFormat::RGBA16, 1, bytes({0xFF, 0xFF, 0x00, 0x80, 0x00, 0x00, 0x01, 0x01}),
+         &DdsImage::toRgba8, DdsFormat::RGBA8, bytes({255, 128, 0, 1})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(ddsFormatName(c.format));
+        DdsImage image;
+        image.width = c.width;
+        image.height = 1;
+        image.format = c.format;
+        image.pixels = c.pixels;
+        ASSERT_TRUE((image.*c.step)());
+        EXPECT_EQ(image.format, c.after);
+        EXPECT_EQ(image.pixels, c.expected);
+    }
+
     DdsImage image;
-    image.width = 2;
-    image.height = 1;
-    image.format = DdsFormat::RGB565;
-    image.pixels = bytes({0xFF, 0xFF, 0x41, 0x08}); // white; 1, 2, 1
-    ASSERT_TRUE(image.unpack());
-    EXPECT_EQ(image.format, DdsFormat::RGB8);
-    EXPECT_EQ(image.pixels, bytes({255, 255, 255, 8, 8, 8}));
-
-    image.format = DdsFormat::RGBA4;
-    image.pixels = bytes({0x12, 0x34, 0xF0, 0x0F});
-    ASSERT_TRUE(image.unpack());
-    EXPECT_EQ(image.pixels, bytes({4 * 17, 1 * 17, 2 * 17, 3 * 17, 255, 255, 0, 0}));
-
-    image.width = 1;
-    image.format = DdsFormat::RGB10A2;
-    image.pixels = bytes({0xFF, 0x07, 0x00, 0x80}); // 1023, 1, 0, 2
-    ASSERT_TRUE(image.unpack());
-    EXPECT_EQ(image.format, DdsFormat::RGBA16);
-    const auto* words = reinterpret_cast<const quint16*>(image.pixels.constData());
-    EXPECT_EQ(words[0], 65535);
-    EXPECT_EQ(words[1], 64);
-    EXPECT_EQ(words[2], 0);
-    EXPECT_EQ(words[3], 43690);
-
-    image.format = DdsFormat::RGBE8;
-    image.pixels = bytes({128, 64, 1, 137});
-    ASSERT_TRUE(image.unpack());
-    const auto* floats = reinterpret_cast<const float*>(image.pixels.constData());
-    EXPECT_FLOAT_EQ(floats[0], 256.0f);
-    EXPECT_FLOAT_EQ(floats[1], 128.0f);
-    EXPECT_FLOAT_EQ(floats[2], 2.0f);
-    image.format = DdsFormat::RGBE8;
-    image.pixels = bytes({128, 64, 1, 0});
-    ASSERT_TRUE(image.unpack());
-    EXPECT_EQ(image.pixels, QByteArray(12, '\0'));
-
     image.format = DdsFormat::RGB9E5;
     EXPECT_FALSE(image.unpack());
-}
-
-TEST(DdsImage, ConvertsToRgba8WithRounding)
-{
-    DdsImage image;
-    image.width = 4;
-    image.height = 1;
-    image.format = DdsFormat::R32F;
-    const float values[] = {-1.0f, 0.5f, 0.2f, 7.0f};
-    image.pixels = QByteArray(reinterpret_cast<const char*>(values), sizeof values);
-    ASSERT_TRUE(image.toRgba8());
-    EXPECT_EQ(image.pixels,
-              bytes({0, 0, 0, 255, 128, 128, 128, 255, 51, 51, 51, 255, 255, 255, 255, 255}));
-
-    image.width = 1;
-    image.format = DdsFormat::RG16F;
-    image.pixels = bytes({0x00, 0x38, 0x00, 0xBC}); // 0.5, -1.0
-    ASSERT_TRUE(image.toRgba8());
-    EXPECT_EQ(image.pixels, bytes({128, 0, 0, 255}));
-
-    image.format = DdsFormat::RGBA16;
-    image.pixels = bytes({0xFF, 0xFF, 0x00, 0x80, 0x00, 0x00, 0x01, 0x01});
-    ASSERT_TRUE(image.toRgba8());
-    EXPECT_EQ(image.pixels, bytes({255, 128, 0, 1}));
-
     image.format = DdsFormat::DXT1;
     EXPECT_FALSE(image.toRgba8());
 }
@@ -368,12 +349,13 @@ protected:
     QImage source;
 };
 
-TEST_F(DdsRoundTrip, DecodesWhatImageMagickEncodes)
+TEST_F(DdsRoundTrip, DecodesWhatImageMagickEncodesAsTheToolDoes)
 {
     const DdsImage plain = encodeAndDecode(QStringLiteral("none"), QStringLiteral("0"));
     EXPECT_EQ(plain.mipCount, 1);
     EXPECT_EQ(difference(plain), std::make_pair(0.0, 0));
 
+    QByteArray dxt5Pixels;
     for (const QString& compression : {QStringLiteral("dxt1"), QStringLiteral("dxt5")}) {
         const DdsImage image = encodeAndDecode(compression, QStringLiteral("3"));
         EXPECT_EQ(image.mipCount, 4);
@@ -382,22 +364,23 @@ TEST_F(DdsRoundTrip, DecodesWhatImageMagickEncodes)
         // up to 7 levels besides the encoder's own error.
         EXPECT_LT(mean, 6.0) << compression.toStdString();
         EXPECT_LE(largest, 32) << compression.toStdString();
+        dxt5Pixels = image.pixels.left(32 * 16 * 4);
     }
-}
 
-TEST_F(DdsRoundTrip, ToolPrintsInfoAndWritesPng)
-{
-    const DdsImage decodedHere = encodeAndDecode(QStringLiteral("dxt5"), QStringLiteral("0"));
     const QString png = dir.filePath(QStringLiteral("out.png"));
     const ToolResult run = runTool({QStringLiteral("dds"), dir.filePath(QStringLiteral("dxt5.dds")),
                                     QStringLiteral("--png"), png});
     EXPECT_EQ(run.exitCode, 0) << run.err.constData();
-    EXPECT_EQ(run.out.trimmed(), QByteArray("DXT5 32 x 16, 2D, 1 mip levels, 512 bytes"));
+    EXPECT_EQ(run.out.trimmed(), QByteArray("DXT5 32 x 16, 2D, 4 mip levels, 688 bytes"));
     const QImage written = QImage(png).convertToFormat(QImage::Format_RGBA8888);
     ASSERT_EQ(written.size(), QSize(32, 16));
     EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(written.constBits()), 32 * 16 * 4),
-              decodedHere.pixels);
+              dxt5Pixels);
+}
 
+TEST(DdsTool, RejectsBrokenFilesAndReadsGameResources)
+{
+    QTemporaryDir dir;
     QFile broken(dir.filePath(QStringLiteral("broken.dds")));
     ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
     broken.write(makeDds(64, 64, 1, "DXT1", QByteArray(100, '\0')));

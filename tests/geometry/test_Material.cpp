@@ -59,11 +59,12 @@ protected:
     }
 
     // The material's nodes from an XML text, as the visual hands them over.
-    QList<Material*> parse(const QString& body)
+    QList<Material*> parse(const QString& body, bool collision = false)
     {
         document.setContent(QStringLiteral("<material>") + body + QStringLiteral("</material>"));
-        const QList<Material*> pair =
-            materials.parseMaterial(document.documentElement().childNodes(), true);
+        const QDomNodeList nodes = document.documentElement().childNodes();
+        const QList<Material*> pair = collision ? materials.parseCollisionMaterial(nodes)
+                                                : materials.parseMaterial(nodes, true);
         owned.emplace_back(pair.at(0));
         owned.emplace_back(pair.at(1));
         return pair;
@@ -131,7 +132,7 @@ TEST_F(MaterialTest, PropertiesFillThePair)
     EXPECT_EQ(unlit->shader, program(NoLighting));
 }
 
-TEST_F(MaterialTest, BlendRequestsAndEmptyMaterials)
+TEST_F(MaterialTest, BlendRequestsEmptyAndCollisionMaterials)
 {
     const Material* sourceOnly = parse("<property>srcBlend<Int>5</Int></property>").at(1);
     EXPECT_TRUE(sourceOnly->blend);
@@ -149,6 +150,17 @@ TEST_F(MaterialTest, BlendRequestsAndEmptyMaterials)
     EXPECT_EQ(empty.at(0)->shader, program(LightingOnly));
     EXPECT_EQ(empty.at(1)->shader, program(NoLighting));
     EXPECT_TRUE(logs.lines.filter("Could not find shader conversion").isEmpty());
+
+    // Collision materials read only their name and sides.
+    const QList<Material*> collision = parse("<identifier>  armor   7 </identifier>"
+                                             "<property>doubleSided<Bool> TRUE </Bool></property>",
+                                             true);
+    EXPECT_EQ(collision.at(0)->shader, program(CollisionLighting));
+    EXPECT_EQ(collision.at(1)->shader, program(CollisionNoLighting));
+    for (const Material* material : collision) {
+        EXPECT_EQ(material->name, "armor 7");
+        EXPECT_TRUE(material->doubleSided);
+    }
 }
 
 TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
@@ -180,23 +192,6 @@ TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
                                                           "conversion for: shaders/std_effects/"
                                                           "PBS_TANK.fx\nPlease report to "
                                                           "https://ferrox.example.org"});
-}
-
-TEST_F(MaterialTest, CollisionMaterialsReadNameAndSides)
-{
-    document.setContent(QStringLiteral("<material><identifier>  armor   7 </identifier>"
-                                       "<property>doubleSided<Bool> TRUE </Bool></property>"
-                                       "</material>"));
-    const QList<Material*> pair =
-        materials.parseCollisionMaterial(document.documentElement().childNodes());
-    owned.emplace_back(pair.at(0));
-    owned.emplace_back(pair.at(1));
-    EXPECT_EQ(pair.at(0)->shader, program(CollisionLighting));
-    EXPECT_EQ(pair.at(1)->shader, program(CollisionNoLighting));
-    for (const Material* material : pair) {
-        EXPECT_EQ(material->name, "armor 7");
-        EXPECT_TRUE(material->doubleSided);
-    }
 }
 
 TEST_F(MaterialTest, ApplySetsBlendCullProgramAndTextureUnits)
@@ -233,10 +228,9 @@ TEST_F(MaterialTest, ApplySetsBlendCullProgramAndTextureUnits)
     unlit.apply();
     EXPECT_FALSE(gl().glIsEnabled(GL_BLEND));
     EXPECT_FALSE(gl().glIsEnabled(GL_CULL_FACE));
-    EXPECT_EQ(uniformValue(unlit, "diffuseMap0"), 0);
-    EXPECT_EQ(uniformValue(unlit, "diffuseMap1"), 1);
-    EXPECT_EQ(uniformValue(unlit, "normalMap"), 2);
-    EXPECT_EQ(uniformValue(unlit, "specularMap"), 6);
+    for (const auto& [uniform, unit] :
+         {std::pair{"diffuseMap0", 0}, {"diffuseMap1", 1}, {"normalMap", 2}, {"specularMap", 6}})
+        EXPECT_EQ(uniformValue(unlit, uniform), unit) << uniform;
     EXPECT_EQ(unlit.diffuseTexture(), unlit.textures.value(0));
 
     unlit.camoEnabled = true;

@@ -6,6 +6,7 @@
 #include "MeshGeometry.h"
 #include "MessageBoxRecorder.h"
 #include "PrimitiveParser.h"
+#include "PrimitivesBuilder.h"
 #include "QtPrinters.h"
 #include "TestRoot.h"
 #include "ToolRunner.h"
@@ -13,18 +14,21 @@
 #include <QBuffer>
 #include <QOpenGLFunctions_3_2_Core>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
+
+using primitives::formatName;
+using primitives::indexChunk;
 
 namespace {
 QByteArray word(quint32 value)
 {
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    return QByteArray(bytes, 4);
+    QByteArray bytes;
+    primitives::appendU32(bytes, value);
+    return bytes;
 }
 
+// Padding bytes are not zero, so a reader that leans on them is caught.
 QByteArray padded(QByteArray bytes)
 {
     while (bytes.size() % 4)
@@ -37,20 +41,13 @@ QByteArray tableEntry(quint32 sizeWord, const QByteArray& name)
     return word(sizeWord) + QByteArray(16, '\0') + word(quint32(name.size())) + padded(name);
 }
 
-struct Chunk
-{
-    QByteArray name;
-    QByteArray data;
-};
-
 // A container with the payloads in table order and a table of L bytes.
-QByteArray container(const QList<Chunk>& chunks)
+QByteArray container(const QList<primitives::Chunk>& chunks)
 {
-    QByteArray payloads = word(primitivesMagic);
-    QByteArray table;
-    for (const Chunk& chunk : chunks) {
-        payloads += padded(chunk.data);
-        table += tableEntry(quint32(chunk.data.size()), chunk.name);
+    QByteArray payloads = word(primitivesMagic), table;
+    for (const auto& [name, data] : chunks) {
+        payloads += padded(data);
+        table += tableEntry(quint32(data.size()), name);
     }
     return payloads + table + word(quint32(table.size()));
 }
@@ -62,25 +59,24 @@ bool parseBytes(PrimitiveParser& parser, QByteArray bytes)
     return parser.parse(&device);
 }
 
-QByteArray formatField(const char* name)
+// The GL buffer's contents, or nothing when its size is not `size`.
+QByteArray bufferBytes(const IndexBuffer& index, int size)
 {
-    QByteArray field(name);
-    field.resize(64, '\0');
-    return field;
+    if (int(index.buffer->byteSize) != size)
+        return {};
+    QByteArray bytes(size, '\0');
+    QOpenGLFunctions_3_2_Core* f = glFunctions();
+    f->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, index.buffer->name);
+    f->glGetBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, size, bytes.data());
+    f->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    return bytes;
 }
 
-QByteArray indexChunk(const char* format, const QList<quint32>& indices,
-                      const QList<QList<qint32>>& groups)
+void writeFile(const QString& path, const QByteArray& bytes)
 {
-    const bool wide = QByteArray(format).contains("list32");
-    QByteArray chunk =
-        formatField(format) + word(quint32(indices.size())) + word(quint32(groups.size()));
-    for (quint32 index : indices)
-        chunk += wide ? word(index) : word(index).left(2);
-    for (const QList<qint32>& group : groups)
-        for (qint32 value : group)
-            chunk += word(quint32(value));
-    return chunk;
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
 }
 } // namespace
 
@@ -99,8 +95,9 @@ TEST(PrimitiveParser, TableLengthDecidesBetweenFailureAndAnEmptyTable)
     EXPECT_FALSE(parseBytes(parser, body + word(0xFFFFFFFF)));
 }
 
-TEST(PrimitiveParser, PayloadsFollowFromPaddedSizes)
+TEST(PrimitiveParser, PayloadsFollowFromPaddedSizesAndTheTableIsChecked)
 {
+    LogCapture log;
     PrimitiveParser parser;
     ASSERT_TRUE(parseBytes(
         parser,
@@ -112,24 +109,18 @@ TEST(PrimitiveParser, PayloadsFollowFromPaddedSizes)
     EXPECT_EQ(parser.chunks[2]->name, QStringLiteral("abcde"));
     EXPECT_EQ(parser.chunks[2]->data, QByteArray("after"));
     EXPECT_EQ(parser.chunk(QStringLiteral("five"))->data, QByteArray("12345"));
-    LogCapture log;
     EXPECT_EQ(parser.chunk(QStringLiteral("FIVE")), nullptr);
-}
 
-TEST(PrimitiveParser, TableChecks)
-{
     // Bit 31 of the size is a flag.
-    PrimitiveParser parser;
     QByteArray flagged = word(primitivesMagic) + "data" + tableEntry(0x80000004, "f");
     ASSERT_TRUE(parseBytes(parser, flagged + word(quint32(flagged.size() - 8))));
     ASSERT_EQ(parser.chunks.size(), 1);
     EXPECT_EQ(parser.chunks[0]->size, 4u);
     EXPECT_EQ(parser.chunks[0]->data, QByteArray("data"));
 
-    for (int length : {4096, 4097}) {
-        const QByteArray name(length, 'n');
-        EXPECT_EQ(parseBytes(parser, container({{name, "abc"}})), length == 4096) << length;
-    }
+    for (int length : {4096, 4097})
+        EXPECT_EQ(parseBytes(parser, container({{QByteArray(length, 'n'), "abc"}})), length == 4096)
+            << length;
 
     // A payload running into the table ends the walk; earlier chunks stay.
     QByteArray overlong =
@@ -139,32 +130,25 @@ TEST(PrimitiveParser, TableChecks)
     EXPECT_EQ(parser.chunks[0]->name, QStringLiteral("good"));
 }
 
-TEST(PrimitiveParser, BadStartsFailWithTheirMessages)
+TEST(PrimitiveParser, BadStartsAndFileNamesFailWithTheirMessages)
 {
     PrimitiveParser parser;
+    LogCapture log;
+    EXPECT_FALSE(parseBytes(parser, word(0x12345678) + word(0)));
+    EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Binary header incorrect.")));
     {
-        LogCapture log;
-        EXPECT_FALSE(parseBytes(parser, word(0x12345678) + word(0)));
-        EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Binary header incorrect.")));
+        MessageBoxRecorder boxes;
+        EXPECT_FALSE(parseBytes(parser, QByteArray("\x65\x4E", 2)));
+        ASSERT_EQ(boxes.boxes.size(), 1);
+        EXPECT_TRUE(
+            boxes.boxes[0].text.startsWith(QStringLiteral("Error reading data: readInt()")));
     }
-    MessageBoxRecorder boxes;
-    EXPECT_FALSE(parseBytes(parser, QByteArray("\x65\x4E", 2)));
-    ASSERT_EQ(boxes.boxes.size(), 1);
-    EXPECT_TRUE(boxes.boxes[0].text.startsWith(QStringLiteral("Error reading data: readInt()")));
-}
 
-TEST(PrimitiveParser, LoadReplacesTheModelExtensionInExactCaseOnly)
-{
+    // Only the exact-case ".model" extension is replaced.
     QTemporaryDir directory;
     const QString base = directory.filePath(QStringLiteral("Hull"));
-    QFile file(base + QStringLiteral(".primitives"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(container({{"Hull.vertices", "v"}}));
-    file.close();
-
+    writeFile(base + QStringLiteral(".primitives"), container({{"Hull.vertices", "v"}}));
     FileManager files;
-    LogCapture log;
-    PrimitiveParser parser;
     EXPECT_TRUE(parser.load(base + QStringLiteral(".model")));
     EXPECT_NE(parser.chunk(QStringLiteral("Hull.vertices")), nullptr);
     EXPECT_FALSE(parser.load(base + QStringLiteral(".MODEL")));
@@ -177,9 +161,8 @@ TEST(IndexBuffer, ReversesWindingAndKeepsGroups)
     MeshGeometry geometry;
     DecodedIndices decoded;
     // Seven indices: the last one is no triangle and is dropped.
-    EXPECT_TRUE(
-        decodeIndexChunk(indexChunk("list", {0, 1, 2, 3, 4, 5, 6}, {{0, 2, 10, 5}, {3, 1, -1, 2}}),
-                         geometry, decoded));
+    EXPECT_TRUE(decodeIndexChunk(indexChunk({0, 1, 2, 3, 4, 5, 6}, {{0, 2, 10, 5}, {3, 1, -1, 2}}),
+                                 geometry, decoded));
     EXPECT_FALSE(decoded.is32Bit);
     EXPECT_EQ(geometry.triangleCount, 2u);
     EXPECT_EQ(geometry.indices16, (QVector<quint16>{2, 1, 0, 5, 4, 3}));
@@ -189,14 +172,15 @@ TEST(IndexBuffer, ReversesWindingAndKeepsGroups)
 
     // "LIST32" is not "list32": the chunk is read as 16-bit.
     MeshGeometry upper;
-    decodeIndexChunk(indexChunk("LIST32", {7, 8, 9}, {}), upper, decoded);
+    decodeIndexChunk(formatName("LIST32") + indexChunk({7, 8, 9}, {}, true).mid(64), upper,
+                     decoded);
     EXPECT_FALSE(decoded.is32Bit);
 }
 
 TEST(IndexBuffer, TruncatedChunksKeepWhatFits)
 {
     LogCapture log;
-    const QByteArray whole = indexChunk("list32", {1, 2, 3, 4, 5, 6}, {{0, 2, 0, 7}});
+    const QByteArray whole = indexChunk({1, 2, 3, 4, 5, 6}, {{0, 2, 0, 7}}, true);
     for (int size : {0, 40, 71, 72, 80, 96, int(whole.size()) - 1}) {
         MeshGeometry geometry;
         DecodedIndices decoded;
@@ -220,32 +204,18 @@ TEST(IndexBuffer, GlBufferHoldsTheChunkWidth)
 {
     GlTestContext gl;
     ASSERT_TRUE(gl.valid);
-    QOpenGLFunctions_3_2_Core* f = glFunctions();
-
-    MeshGeometry geometry;
-    IndexBuffer wide(indexChunk("list32", {1, 70000, 3}, {{0, 1, 2, 5}, {0, 1, 4, 2}}), &geometry);
+    MeshGeometry geometry, narrowGeometry;
+    IndexBuffer wide(indexChunk({1, 70000, 3}, {{0, 1, 2, 5}, {0, 1, 4, 2}}, true), &geometry);
     EXPECT_TRUE(wide.is32Bit);
     EXPECT_EQ(wide.vertexCount, 7u);
     EXPECT_EQ(geometry.indices32, (QVector<quint32>{3, 70000, 1}));
     EXPECT_EQ(geometry.indices16, (QVector<quint16>{3, quint16(70000 - 65536), 1}));
-    ASSERT_EQ(wide.buffer->byteSize, 12u);
-    quint32 stored[3] = {};
-    f->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, wide.buffer->name);
-    f->glGetBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, 12, stored);
-    EXPECT_EQ(stored[1], 70000u);
-    EXPECT_EQ(stored[0], 3u);
+    EXPECT_EQ(bufferBytes(wide, 12), word(3) + word(70000) + word(1));
 
-    MeshGeometry narrowGeometry;
-    IndexBuffer narrow(indexChunk("list", {1, 2, 3}, {}), &narrowGeometry);
+    IndexBuffer narrow(indexChunk({1, 2, 3}, {}), &narrowGeometry);
     EXPECT_EQ(narrow.vertexCount, 0u);
-    ASSERT_EQ(narrow.buffer->byteSize, 6u);
-    quint16 shorts[3] = {};
-    f->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, narrow.buffer->name);
-    f->glGetBufferSubData(GL_ELEMENT_ARRAY_BUFFER, 0, 6, shorts);
-    EXPECT_EQ(shorts[0], 3);
-    EXPECT_EQ(shorts[2], 1);
-    f->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-    EXPECT_EQ(f->glGetError(), GLenum(GL_NO_ERROR));
+    EXPECT_EQ(bufferBytes(narrow, 6), QByteArray::fromHex("030002000100"));
+    EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));
 
     wide.release();
     wide.release();
@@ -256,14 +226,10 @@ TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
 {
     QTemporaryDir directory;
     const QString path = directory.filePath(QStringLiteral("m.primitives"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    QByteArray vertices = formatField("XYZNUV") + word(2) + QByteArray(64, '\0');
-    file.write(container({{"m.vertices", vertices},
-                          {"m.indices", indexChunk("list32", {0, 1, 1}, {{0, 1, 0, 2}})},
-                          {"uv2", QByteArray(16, '\0')}}));
-    file.close();
-
+    const QByteArray vertices = formatName("XYZNUV") + word(2) + QByteArray(64, '\0');
+    writeFile(path, container({{"m.vertices", vertices},
+                               {"m.indices", indexChunk({0, 1, 1}, {{0, 1, 0, 2}}, true)},
+                               {"uv2", QByteArray(16, '\0')}}));
     const ToolResult result = runTool({QStringLiteral("primitives"), path});
     EXPECT_EQ(result.exitCode, 0) << result.err.constData();
     const QList<QByteArray> lines = result.out.trimmed().split('\n');
@@ -281,10 +247,7 @@ TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
     EXPECT_EQ(named.exitCode, 0) << named.err.constData();
     EXPECT_EQ(named.out, "only 4\n");
 
-    QFile broken(path);
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write(word(primitivesMagic) + word(0));
-    broken.close();
+    writeFile(path, word(primitivesMagic) + word(0));
     EXPECT_EQ(runTool({QStringLiteral("primitives"), path}).exitCode, 1);
     EXPECT_EQ(runTool({QStringLiteral("primitives")}).exitCode, 2);
 }

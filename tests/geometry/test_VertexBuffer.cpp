@@ -4,40 +4,37 @@
 #include "LogCapture.h"
 #include "MeshGeometry.h"
 #include "MessageBoxRecorder.h"
+#include "PrimitivesBuilder.h"
 #include "VertexBuffer.h"
 #include "VertexDecoding.h"
 
 #include <QOpenGLFunctions_3_2_Core>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
 namespace {
+using namespace primitives;
+
 QByteArray word(quint32 value)
 {
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    return QByteArray(bytes, 4);
+    QByteArray bytes;
+    appendU32(bytes, value);
+    return bytes;
 }
 
 QByteArray floats(std::initializer_list<float> values)
 {
     QByteArray bytes;
-    for (float value : values) {
-        quint32 bits;
-        std::memcpy(&bits, &value, 4);
-        bytes += word(bits);
-    }
+    for (float value : values)
+        appendFloat(bytes, value);
     return bytes;
 }
 
 QByteArray vertexChunk(const char* format, quint32 count, const QByteArray& records)
 {
-    QByteArray field(format);
-    field.resize(64, '\0');
-    return field + word(count) + records;
+    return formatName(format) + word(count) + records;
 }
 
 // x field 1023, y field -1024, z field 511.
@@ -75,6 +72,15 @@ QList<int> attributeSlots(const VertexBuffer& buffer)
         result << attribute->location;
     return result;
 }
+
+class BufferManagerTest : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(gl.valid); }
+
+    GlTestContext gl;
+    BufferManager manager;
+};
 } // namespace
 
 TEST(VertexDecoding, PackedVectorsUseStoredScales)
@@ -92,38 +98,35 @@ TEST(VertexDecoding, PackedVectorsUseStoredScales)
     EXPECT_EQ(low[0], 0.0f);
 }
 
-TEST(BufferManager, LayoutsOfTheThreeFormats)
+TEST_F(BufferManagerTest, LayoutsOfTheThreeFormats)
 {
-    GlTestContext gl;
-    ASSERT_TRUE(gl.valid);
-    BufferManager manager;
-    MeshGeometry a, b, c, d;
     const QByteArray stream = floats({0.1f, 0.2f});
-    VertexBuffer* plain = manager.createVertexBuffer("p", vertexChunk("xyznuv", 0, {}), &a, stream);
-    VertexBuffer* tb = manager.createVertexBuffer("t", vertexChunk("XYZNUVTB", 0, {}), &b, {});
-    VertexBuffer* tbStream =
-        manager.createVertexBuffer("s", vertexChunk("xyznuvtb", 0, {}), &c, stream);
-    VertexBuffer* skinned =
-        manager.createVertexBuffer("k", vertexChunk("xyznuviiiwwtb", 0, {}), &d, stream);
-    EXPECT_EQ(plain->stride, 32u);
-    EXPECT_EQ(attributeSlots(*plain), (QList<int>{0, 4, 1}));
-    EXPECT_EQ(tb->stride, 56u);
-    EXPECT_EQ(attributeSlots(*tb), (QList<int>{0, 4, 1, 6, 5}));
-    EXPECT_EQ(tbStream->stride, 64u);
-    EXPECT_EQ(attributeSlots(*tbStream), (QList<int>{0, 4, 1, 6, 5, 2}));
-    EXPECT_EQ(skinned->stride, 68u);
-    EXPECT_EQ(attributeSlots(*skinned), (QList<int>{0, 4, 1, 6, 5, 7}));
-    EXPECT_TRUE(a.positions.isEmpty() && a.uv2s.isEmpty() && d.uv2s.isEmpty());
+    const struct
+    {
+        const char* format;
+        QByteArray stream;
+        quint32 stride;
+        QList<int> locations;
+    } layouts[] = {{"xyznuv", stream, 32, {0, 4, 1}},
+                   {"XYZNUVTB", {}, 56, {0, 4, 1, 6, 5}},
+                   {"xyznuvtb", stream, 64, {0, 4, 1, 6, 5, 2}},
+                   {"xyznuviiiwwtb", stream, 68, {0, 4, 1, 6, 5, 7}}};
+    MeshGeometry geometries[4];
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(layouts[i].format);
+        VertexBuffer* buffer = manager.createVertexBuffer(
+            "b", vertexChunk(layouts[i].format, 0, {}), &geometries[i], layouts[i].stream);
+        EXPECT_EQ(buffer->stride, layouts[i].stride);
+        EXPECT_EQ(attributeSlots(*buffer), layouts[i].locations);
+        EXPECT_TRUE(geometries[i].positions.isEmpty() && geometries[i].uv2s.isEmpty());
+    }
     EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));
-    manager.releaseVertexBuffer(tb);
+    manager.releaseVertexBuffer(manager.buffers.first().buffer);
     EXPECT_EQ(manager.buffers.size(), 3);
 }
 
-TEST(BufferManager, DecodesMirroredIntoBufferAndGeometry)
+TEST_F(BufferManagerTest, DecodesMirroredIntoBufferAndGeometry)
 {
-    GlTestContext gl;
-    ASSERT_TRUE(gl.valid);
-    BufferManager manager;
 
     MeshGeometry plain;
     const QByteArray plainRecords =
@@ -152,11 +155,8 @@ TEST(BufferManager, DecodesMirroredIntoBufferAndGeometry)
     EXPECT_EQ(tbGl[14], 0.125f);
 }
 
-TEST(BufferManager, SkinnedRecordsAreUnalignedAndCarryWeights)
+TEST_F(BufferManagerTest, SkinnedRecordsAreUnalignedAndCarryWeights)
 {
-    GlTestContext gl;
-    ASSERT_TRUE(gl.valid);
-    BufferManager manager;
     MeshGeometry geometry;
     VertexBuffer* buffer = manager.createVertexBuffer(
         "k", vertexChunk("xyznuviiiwwtb", 2, skinnedRecord(255, 0) + skinnedRecord(128, 128)),
@@ -173,11 +173,8 @@ TEST(BufferManager, SkinnedRecordsAreUnalignedAndCarryWeights)
     EXPECT_FLOAT_EQ(data[17 + 14], 0.5019608f);
 }
 
-TEST(BufferManager, DamagedChunksSurvive)
+TEST_F(BufferManagerTest, DamagedChunksSurvive)
 {
-    GlTestContext gl;
-    ASSERT_TRUE(gl.valid);
-    BufferManager manager;
     LogCapture log;
 
     MeshGeometry unknown;

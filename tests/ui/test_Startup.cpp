@@ -15,6 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 QByteArray settingsFor(const QString& gamePath)
 {
@@ -83,30 +86,28 @@ TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
     const QStringList lines = logLines(root);
     ASSERT_GE(lines.size(), 8);
     EXPECT_TRUE(lines[0].startsWith(QStringLiteral("[ Info ] OS Version: ")));
-    EXPECT_EQ(lines[5], QStringLiteral("[ Info ] Loading settings file."));
-    EXPECT_EQ(lines[6], QStringLiteral("[ Info ] Loading zip archives."));
+    EXPECT_EQ(lines.mid(5, 2), (QStringList{QStringLiteral("[ Info ] Loading settings file."),
+                                            QStringLiteral("[ Info ] Loading zip archives.")}));
     EXPECT_TRUE(
         lines.contains(QStringLiteral("[ Info ] Adding file archive: " FERROX_SAMPLE_GAME_DIR
                                       "/res/packages/shared_content.pkg")));
     EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: v.0.9.14 #417")));
 
-    // The vehicle table is built once the window stands, and goes before the log.
-    const int creating =
-        int(lines.indexOf(QStringLiteral("[ Info ] Creating connection to database.")));
-    const int building = int(lines.indexOf(QStringLiteral("[ Info ] Building database.")));
+    // The vehicle table is built inside the viewport's GL start-up, once the
+    // window stands and before the loop runs.
+    auto at = [&](const char* line) { return int(lines.indexOf(QLatin1String(line))); };
+    const int creating = at("[ Info ] Creating connection to database.");
+    const int building = at("[ Info ] Building database.");
     EXPECT_GT(creating, 0);
+    EXPECT_GT(at("[ Info ] Initialising OpenGL."), 0);
     EXPECT_GT(building, creating);
-    // ... inside the viewport's GL start-up, which has run before the loop.
-    const int glStart = int(lines.indexOf(QStringLiteral("[ Info ] Initialising OpenGL.")));
-    const int glDone = int(lines.indexOf(QStringLiteral("[ Info ] OpenGL Initialising complete.")));
-    EXPECT_GT(glStart, 0);
-    EXPECT_GT(building, glStart);
-    EXPECT_GT(glDone, building);
+    EXPECT_GT(building, at("[ Info ] Initialising OpenGL."));
+    EXPECT_GT(at("[ Info ] OpenGL Initialising complete."), building);
     EXPECT_EQ(lines.filter(QStringLiteral("[ Info ] Database rebuilt in: ")).size(), 1);
     EXPECT_EQ(statusMessage, QStringLiteral("Database rebuilt."));
-    ASSERT_GE(lines.size(), 2);
-    EXPECT_EQ(lines[lines.size() - 2], QStringLiteral("[ Info ] Database shutdown."));
-    EXPECT_EQ(lines.last(), QStringLiteral("[ Info ] Log shutting down."));
+    EXPECT_EQ(lines.mid(lines.size() - 2),
+              (QStringList{QStringLiteral("[ Info ] Database shutdown."),
+                           QStringLiteral("[ Info ] Log shutting down.")}));
     EXPECT_EQ(lines.filter(QStringLiteral("[ Error ]")), QStringList());
     EXPECT_EQ(lines.filter(QStringLiteral("[ Warning ]")), QStringList());
 }
@@ -137,24 +138,16 @@ TEST_F(StartupTest, UnwritableUserDirectoryEndsInOneFatalErrorBox)
     EXPECT_FALSE(windowSeenRunning);
 
     QList<MessageBoxRequest> fatal;
-    for (const MessageBoxRequest& box : boxes.boxes) {
-        if (box.title == QStringLiteral("Fatal Error"))
-            fatal.append(box);
-    }
+    std::copy_if(boxes.boxes.begin(), boxes.boxes.end(), std::back_inserter(fatal),
+                 [](const auto& box) { return box.title == QStringLiteral("Fatal Error"); });
     ASSERT_EQ(fatal.size(), 1);
     EXPECT_EQ(fatal[0].icon, QMessageBox::Critical);
     EXPECT_EQ(fatal[0].buttons, QMessageBox::Ok);
-    const QString userDirectory = root.dataDirectory();
-    const int created = fatal[0].text.indexOf(
-        QStringLiteral("Could not create user directory,this is most likely a permissions "
-                       "issue.\nPlease check that you have sufficient write access to: ") +
-        userDirectory);
-    const int opened = fatal[0].text.indexOf(
-        QStringLiteral("Could not open log file,this is most likely a permissions issue.\nPlease "
-                       "check that you have sufficient write access to: ") +
-        userDirectory);
-    EXPECT_EQ(created, 0);
-    EXPECT_GT(opened, created);
+    const QString access = QStringLiteral(",this is most likely a permissions issue.\nPlease check "
+                                          "that you have sufficient write access to: ") +
+                           root.dataDirectory();
+    EXPECT_EQ(fatal[0].text.indexOf(QStringLiteral("Could not create user directory") + access), 0);
+    EXPECT_GT(fatal[0].text.indexOf(QStringLiteral("Could not open log file") + access), 0);
     EXPECT_TRUE(fatal[0].text.endsWith(QStringLiteral("Could not open settings file.")));
 }
 
