@@ -77,20 +77,12 @@ Matrix matrixProduct(const Matrix& a, const Matrix& b)
 
 Matrix translationMatrix(const Vector3& by)
 {
-    Matrix m = identityMatrix();
-    m[12] = by[0];
-    m[13] = by[1];
-    m[14] = by[2];
-    return m;
+    return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, by[0], by[1], by[2], 1};
 }
 
 Matrix scalingMatrix(const Vector3& by)
 {
-    Matrix m = identityMatrix();
-    m[0] = by[0];
-    m[5] = by[1];
-    m[10] = by[2];
-    return m;
+    return {by[0], 0, 0, 0, 0, by[1], 0, 0, 0, 0, by[2], 0, 0, 0, 0, 1};
 }
 
 Camera::Camera()
