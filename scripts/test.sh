@@ -6,5 +6,5 @@ cd "$(dirname "$0")/.."
 bash scripts/build.sh
 BUILD_DIR=${FERROX_BUILD_DIR:-build}
 python3 -m unittest discover -s tools -p 'test_*.py'
-xvfb-run -a -s "-screen 0 1920x1080x24" \
+bash scripts/xvfb.sh \
   ctest --test-dir "$BUILD_DIR" --output-on-failure --parallel "$(nproc)"
