@@ -74,17 +74,3 @@ Matrix parseTransform(const QDomNode& node)
     return {row0[0], row0[1], row0[2], 0.0f, row1[0],  row1[1], row1[2], 0.0f,
             row2[0], row2[1], row2[2], 0.0f, -row3[0], row3[1], row3[2], 1.0f};
 }
-
-void multiplyMatrix(Matrix& m, const Matrix& other)
-{
-    Matrix result{};
-    for (int c = 0; c < 4; ++c) {
-        for (int r = 0; r < 4; ++r) {
-            float sum = 0.0f;
-            for (int k = 0; k < 4; ++k)
-                sum += m[4 * k + r] * other[4 * c + k];
-            result[4 * c + r] = sum;
-        }
-    }
-    m = result;
-}

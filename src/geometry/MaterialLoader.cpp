@@ -4,6 +4,7 @@
 #include "Material.h"
 #include "ShaderLoader.h"
 #include "TextureLoader.h"
+#include "XmlHelpers.h"
 
 #include <QDomElement>
 #include <QOpenGLFunctions_3_2_Core>

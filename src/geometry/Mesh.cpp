@@ -1,10 +1,10 @@
 #include "Mesh.h"
 
-#include "Camera.h"
 #include "GlFunctions.h"
 #include "IndexBuffer.h"
 #include "Material.h"
 #include "MaterialLoader.h"
+#include "Maths.h"
 #include "MatrixStack.h"
 #include "MeshGeometry.h"
 #include "ShaderLoader.h"

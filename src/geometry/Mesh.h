@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Visual.h"
-#include "XmlHelpers.h"
+#include "Maths.h"
 
 #include <QString>
 #include <QVector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XmlHelpers.h"
+#include "Maths.h"
 
 #include <QString>
 #include <QVector>

@@ -2,17 +2,18 @@
 
 #include "BinaryReader.h"
 #include "BufferManager.h"
-#include "Camera.h"
 #include "FileManager.h"
 #include "IndexBuffer.h"
 #include "Log.h"
 #include "Material.h"
 #include "MaterialLoader.h"
+#include "Maths.h"
 #include "MeshGeometry.h"
 #include "PackedXmlReader.h"
 #include "PrimitiveParser.h"
 #include "TextureLoader.h"
 #include "VertexBuffer.h"
+#include "XmlHelpers.h"
 
 #include <QDomDocument>
 #include <QRegularExpression>

@@ -1,12 +1,13 @@
 #include "Garage.h"
 
-#include "Camera.h"
 #include "Constants.h"
 #include "FileManager.h"
 #include "Log.h"
 #include "Material.h"
+#include "Maths.h"
 #include "Settings.h"
 #include "StaticMesh.h"
+#include "XmlHelpers.h"
 
 #include <QDir>
 #include <QDomDocument>

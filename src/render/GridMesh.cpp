@@ -1,9 +1,9 @@
 #include "GridMesh.h"
 
-#include "Camera.h"
 #include "GlErrors.h"
 #include "GlFunctions.h"
 #include "Log.h"
+#include "Maths.h"
 #include "MatrixStack.h"
 #include "ShaderLoader.h"
 

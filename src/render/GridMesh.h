@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Maths.h"
 #include "VertexBuffer.h"
-#include "XmlHelpers.h"
 
 class ShaderProgram;
 

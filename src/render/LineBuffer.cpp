@@ -1,7 +1,7 @@
 #include "LineBuffer.h"
 
-#include "Camera.h"
 #include "GlFunctions.h"
+#include "Maths.h"
 #include "MatrixStack.h"
 #include "ShaderLoader.h"
 

@@ -1,8 +1,8 @@
 #include "MarkerSphere.h"
 
-#include "Camera.h"
 #include "GlFunctions.h"
 #include "LineBuffer.h"
+#include "Maths.h"
 #include "MatrixStack.h"
 #include "ShaderLoader.h"
 

@@ -1,21 +1,6 @@
 #pragma once
 
-#include "XmlHelpers.h"
-
-// Rotation as a unit quaternion.
-struct Quaternion
-{
-    float x = 0, y = 0, z = 0, w = 1;
-};
-
-// 3 x 3 matrix, column after column, as GL reads a mat3.
-using Matrix3 = std::array<float, 9>;
-
-Matrix identityMatrix();
-// Column-major a x b, as GL reads a mat4.
-Matrix matrixProduct(const Matrix& a, const Matrix& b);
-Matrix translationMatrix(const Vector3& by);
-Matrix scalingMatrix(const Vector3& by);
+#include "Maths.h"
 
 // A plain orbit camera: it looks at target from distance along its own z axis.
 class Camera
@@ -49,10 +34,3 @@ public:
     int projectionType = 1; // 1 perspective, 0 orthographic
     float distance = 1;
 };
-
-// A view matrix looking from eye at target.
-Matrix lookAt(const Vector3& eye, const Vector3& target, const Vector3& up);
-// matrix x R, R the right-handed rotation by degrees about axis (normalised first).
-Matrix rotate(const Matrix& matrix, float degrees, const Vector3& axis);
-// A perspective projection (fov in degrees), as the viewport and the shadow pass build it.
-Matrix perspectiveMatrix(float fovDegrees, float aspect, float near, float far);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XmlHelpers.h"
+#include "Maths.h"
 
 // The scene's one light, shared with the material code, which reads it when
 // it sets the lightPos, lightDiffuse and lightAmbient uniforms. position is

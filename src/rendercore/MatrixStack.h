@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Camera.h"
+#include "Maths.h"
 #include "Singleton.h"
 
 #include <QObject>

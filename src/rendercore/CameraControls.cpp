@@ -1,6 +1,7 @@
 #include "CameraControls.h"
 
 #include "Log.h"
+#include "XmlHelpers.h"
 
 #include <QDomDocument>
 #include <QFile>
