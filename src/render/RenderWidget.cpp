@@ -2,7 +2,6 @@
 
 #include "Database.h"
 #include "FileDialogs.h"
-#include "Garage.h"
 #include "GlErrors.h"
 #include "Log.h"
 #include "MaterialLoader.h"
@@ -22,8 +21,6 @@
 #include <QOpenGLFunctions_3_2_Core>
 #include <QOpenGLVersionFunctionsFactory>
 #include <QWheelEvent>
-
-#include <algorithm>
 
 #ifdef Q_OS_LINUX
 #include <pthread.h>
@@ -76,37 +73,6 @@ QString cameraFileFilter()
 
 } // namespace
 
-int msaaSampleCount(const QString& msaa)
-{
-    if (msaa == QLatin1String("2x"))
-        return 2;
-    if (msaa == QLatin1String("4x"))
-        return 4;
-    if (msaa == QLatin1String("8x"))
-        return 8;
-    if (msaa == QLatin1String("16x"))
-        return 16;
-    return 0;
-}
-
-QSurfaceFormat ferroxSurfaceFormat(const Settings& settings)
-{
-    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
-    format.setRenderableType(QSurfaceFormat::OpenGL);
-    format.setVersion(3, 2);
-    format.setProfile(QSurfaceFormat::CoreProfile);
-    format.setAlphaBufferSize(8);
-    format.setSwapBehavior(QSurfaceFormat::DoubleBuffer);
-    format.setDepthBufferSize(24);
-    format.setStencilBufferSize(0);
-    format.setSwapInterval(settings.vsync);
-    if (settings.msaa == QLatin1String("Disabled"))
-        format.setSamples(0);
-    else if (const int samples = msaaSampleCount(settings.msaa))
-        format.setSamples(samples);
-    return format;
-}
-
 RenderWidget::RenderWidget(QWidget* parent) : QOpenGLWidget(parent)
 {
     counter.start();
@@ -132,8 +98,6 @@ RenderWidget::RenderWidget(QWidget* parent) : QOpenGLWidget(parent)
     cursors[ArmorCursor] = QCursor(Qt::CrossCursor);
     setCursor(cursors[IdleCursor]);
 
-    font.setPointSize(10);
-    font.setStyleStrategy(QFont::PreferAntialias);
     clock.start();
 
     connect(&controls, &CameraControls::cameraZoomChanged, this, &RenderWidget::cameraZoomChanged);
@@ -164,10 +128,6 @@ RenderWidget::~RenderWidget()
         return;
     makeCurrent();
     releaseScene();
-    if (shadowTexture)
-        gl->glDeleteTextures(1, &shadowTexture);
-    if (shadowFbo)
-        gl->glDeleteFramebuffers(1, &shadowFbo);
     doneCurrent();
 }
 
@@ -186,7 +146,7 @@ void RenderWidget::initializeGL()
         return;
     }
     logDriver();
-    setInitialGlState();
+    FrameRenderer::setInitialGlState();
 
     if (!loadShaders())
         reportFatal(QStringLiteral("Shader initialization failed."));
@@ -204,15 +164,12 @@ void RenderWidget::initializeGL()
     new MatrixStack(this);
     if (const Settings* settings = Settings::instance())
         premiumScene = settings->sceneSet == QLatin1String("premium");
-    createSceneObjects();
-
-    makeFbo();
-    resetCamera();
+    materialLoader->createDefaultMaterials();
+    frame.create(shadowMapSide(), this);
     if (const Settings* settings = Settings::instance())
         setViewportColor(settings->viewportColor);
     else
         setViewportColor(QColor(Qt::darkGray));
-    initOverlays();
 
     checkGlErrors(QStringLiteral("render init finished"));
     initialised = true;
@@ -220,7 +177,7 @@ void RenderWidget::initializeGL()
     grantedSamples = probeSamples(requestedSamples);
     multisample = grantedSamples > 0;
     checkSamplesGranted();
-    computeMaxImageSize();
+    maxImageSide = FrameRenderer::maxImageSize();
     // Pinned only now: on Linux a thread started by a pinned thread inherits
     // its mask, and the GL driver's worker threads (llvmpipe rasterises on
     // all CPUs) are started with the context, which now exists.
@@ -235,41 +192,12 @@ void RenderWidget::createSceneLoaders()
     textureLoader = new TextureLoader(this);
 }
 
-void RenderWidget::createSceneObjects()
-{
-    premiumGarage = new PremiumGarage(this);
-    basicGarage = new BasicGarage(this);
-    materialLoader->createDefaultMaterials();
-    gridMesh.create(gridSize);
-    premiumGarage->load();
-    basicGarage->load();
-    materialLoader->light = &light;
-}
-
-void RenderWidget::initOverlays()
-{
-    overlay.init();
-    rayLines.init();
-    hitMarker.init(QColor(QStringLiteral("royalblue")));
-    // Out of sight until a shell hits something.
-    hitMarker.setPosition({999, 999, 999});
-}
-
 // Everything here holds GL objects: the context is current.
 void RenderWidget::releaseScene()
 {
-    delete premiumGarage;
-    premiumGarage = nullptr;
-    delete basicGarage;
-    basicGarage = nullptr;
-    gridMesh.release();
-    overlay.release();
-    rayLines.release();
-    hitMarker.release();
+    frame.release();
     delete textureLoader;
     textureLoader = nullptr;
-    if (materialLoader && materialLoader->light == &light)
-        materialLoader->light = nullptr;
     delete materialLoader;
     materialLoader = nullptr;
 }
@@ -297,16 +225,6 @@ void RenderWidget::logDriver()
     Log::log(QStringLiteral("OpenGL Renderer: ") + text(GL_RENDERER), Log::Info);
     Log::log(QStringLiteral("OpenGL Version: ") + text(GL_VERSION), Log::Info);
     Log::log(QStringLiteral("GLSL Version: ") + text(GL_SHADING_LANGUAGE_VERSION), Log::Info);
-}
-
-void RenderWidget::setInitialGlState()
-{
-    gl->glEnable(GL_DEPTH_TEST);
-    gl->glDepthFunc(GL_LESS);
-    gl->glEnable(GL_CULL_FACE);
-    gl->glCullFace(GL_BACK);
-    gl->glFrontFace(GL_CCW);
-    gl->glDisable(GL_MULTISAMPLE);
 }
 
 bool RenderWidget::loadShaders()
@@ -347,13 +265,10 @@ void RenderWidget::checkSamplesGranted()
                  Log::Warning);
 }
 
-void RenderWidget::computeMaxImageSize()
+int RenderWidget::shadowMapSide() const
 {
-    GLint texture = 0, renderbuffer = 0, viewport[2] = {0, 0};
-    gl->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &texture);
-    gl->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &renderbuffer);
-    gl->glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
-    maxImageSide = std::min({texture, renderbuffer, viewport[0], viewport[1]});
+    const Settings* settings = Settings::instance();
+    return settings ? settings->shadowMap : 2048;
 }
 
 void RenderWidget::makeFbo()
@@ -361,58 +276,14 @@ void RenderWidget::makeFbo()
     if (!gl)
         return;
     makeCurrent();
-    Log::log(QStringLiteral("Creating Shadow Map Texture."), Log::Info);
-    const Settings* settings = Settings::instance();
-    const int size = settings ? settings->shadowMap : 2048;
-
-    if (shadowTexture)
-        gl->glDeleteTextures(1, &shadowTexture);
-    if (!shadowFbo)
-        gl->glGenFramebuffers(1, &shadowFbo);
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, shadowFbo);
-
-    gl->glGenTextures(1, &shadowTexture);
-    gl->glBindTexture(GL_TEXTURE_2D, shadowTexture);
-    gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT16, size, size, 0, GL_DEPTH_COMPONENT,
-                     GL_FLOAT, nullptr);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    // The compare mode stays as the shaders' samplers expect it.
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, GL_LEQUAL);
-    gl->glFramebufferTexture2D(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D, shadowTexture,
-                               0);
-    gl->glDrawBuffer(GL_NONE);
-    if (gl->glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
-        Log::log(QStringLiteral("Failed to create FBO."), Log::Error);
-
-    gl->glBindTexture(GL_TEXTURE_2D, 0);
-    // The widget's own framebuffer, not 0: Qt composes from it.
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-    // Materials bind it to unit 7 as shadowMap.
-    if (textureLoader)
-        textureLoader->shadowTexture = shadowTexture;
-    checkGlErrors(QStringLiteral("FBO"));
-    Log::log(QStringLiteral("Shadow Map size: ") + QString::number(size) + QStringLiteral(" x ") +
-                 QString::number(size),
-             Log::Info);
+    frame.buildShadowMap(shadowMapSide());
 }
 
 // ---------------------------------------------------------------- the frame
 
 void RenderWidget::resizeGL(int w, int h)
 {
-    applyViewportSize(w, h);
-}
-
-void RenderWidget::applyViewportSize(int w, int h)
-{
-    viewWidth = w;
-    viewHeight = h;
-    controls.resize(w, h);
-    if (gl)
-        gl->glViewport(0, 0, w, h);
+    frame.resize(w, h);
 }
 
 void RenderWidget::paintGL()
@@ -442,112 +313,12 @@ void RenderWidget::runFrame()
     const int pixelWidth = int(width() * devicePixelRatioF());
     const int pixelHeight = int(height() * devicePixelRatioF());
     if (pixelWidth != viewWidth || pixelHeight != viewHeight)
-        applyViewportSize(pixelWidth, pixelHeight);
+        frame.resize(pixelWidth, pixelHeight);
 
-    if (shadowsWanted())
-        renderShadowPass();
     const Settings* settings = Settings::instance();
-    clearWithViewportColor(settings && settings->screenshotAlpha);
-    if (multisample)
-        gl->glEnable(GL_MULTISAMPLE);
-    renderScene();
-    drawOverlay(viewWidth, viewHeight);
-
+    frame.draw(settings && settings->screenshotAlpha);
     updateFrameStatistics(counter.nsecsElapsed());
     requestNextFrame();
-}
-
-bool RenderWidget::shadowsWanted() const
-{
-    const Settings* settings = Settings::instance();
-    return lightingMode() == 0 && settings && settings->showShadows && shadowFbo;
-}
-
-// 0 = full materials; before the loader exists the scene is lit fully.
-int RenderWidget::lightingMode() const
-{
-    return materialLoader ? materialLoader->lightingMode : 0;
-}
-
-void RenderWidget::renderShadowPass()
-{
-    const int size = Settings::instance()->shadowMap;
-    GLint target = 0;
-    gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &target);
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, shadowFbo);
-    gl->glViewport(0, 0, size, size);
-    gl->glClear(GL_DEPTH_BUFFER_BIT);
-
-    MatrixStack* stack = MatrixStack::instance();
-    stack->depthProjection = perspectiveMatrix(45.0f, 1.0f, 2.0f, 250.0f);
-    stack->depthView = lookAt(light.position, Vector3{0, 0, 0}, Vector3{0, 1, 0});
-    // Only the vehicle casts shadows.
-    drawScene(ShadowPass);
-
-    // Back to the target the pass found: the widget's framebuffer in a
-    // frame, the image's in renderToImage.
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(target));
-    gl->glViewport(0, 0, viewWidth, viewHeight);
-}
-
-void RenderWidget::clearWithViewportColor(bool transparent)
-{
-    viewportColor.setAlphaF(transparent ? 0.0f : 1.0f);
-    gl->glClearColor(float(viewportColor.redF()), float(viewportColor.greenF()),
-                     float(viewportColor.blueF()), float(viewportColor.alphaF()));
-    gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    MatrixStack::instance()->setView(camera.view);
-}
-
-void RenderWidget::renderScene()
-{
-    if (gridShown)
-        gridMesh.draw();
-    // An orthographic camera never shows the backdrop.
-    if (camera.projectionType == 1 && garageShown)
-        drawGarage();
-    drawScene(ColourPass);
-    if (armorMode)
-        drawArmorRay();
-}
-
-Garage* RenderWidget::garageInUse() const
-{
-    return premiumScene ? premiumGarage : basicGarage;
-}
-
-void RenderWidget::drawGarage()
-{
-    if (Garage* garage = garageInUse())
-        garage->draw();
-}
-
-void RenderWidget::drawArmorRay()
-{
-    rayLines.addLine(rayEnd, rayStart, QColor(QStringLiteral("yellow")));
-    rayLines.draw();
-    hitMarker.draw();
-}
-
-void RenderWidget::drawOverlay(int w, int h)
-{
-    OverlayFacts facts;
-    facts.showTankInfo = tankInfoShown;
-    facts.showRenderInfo = renderInfoShown;
-    // Nation, name, category, tier, hit points and the vehicle's triangle
-    // count come from TankLoader; until it exists they stay empty and 0.
-    facts.fpsAverage = fpsAverage;
-    facts.frameTimeMs = frameTimeMs;
-    const Garage* garage = garageInUse();
-    facts.sceneTriangles = garageShown && garage ? garage->triangleCount() : 0;
-    facts.font = font;
-    overlay.render(facts, w, h);
-}
-
-void RenderWidget::drawScene(ScenePass pass)
-{
-    for (const auto& [id, drawable] : drawables)
-        drawable(pass);
 }
 
 void RenderWidget::requestNextFrame()
@@ -556,62 +327,10 @@ void RenderWidget::requestNextFrame()
     update();
 }
 
-void RenderWidget::updateFrameStatistics(qint64 counterNow)
-{
-    ++framesSinceStat;
-    nowCount = counterNow;
-    const double scale = 1e6 / double(frequency);
-    const float tMs = float((double(nowCount) * scale - double(startCount) * scale) * 0.001);
-    frameTimeMs = tMs - statTimeMs;
-    statTimeMs = tMs;
-    if (tMs - lastStatMs > 1000) {
-        fpsNow = float(framesSinceStat) / (tMs - lastStatMs) * 1000;
-        fpsAverage = fpsAverage == 0.0f ? fpsNow : (fpsAverage + fpsNow) * 0.5f;
-        lastStatMs = tMs;
-        framesSinceStat = 0;
-    }
-}
-
 QImage RenderWidget::renderToImage(int width, int height, bool transparent)
 {
     makeCurrent();
-    const int keptWidth = viewWidth;
-    const int keptHeight = viewHeight;
-
-    GLint samples = 0;
-    gl->glGetIntegerv(GL_SAMPLES, &samples);
-    QOpenGLFramebufferObjectFormat format;
-    format.setAttachment(QOpenGLFramebufferObject::Depth);
-    format.setSamples(samples);
-    format.setMipmap(false);
-    QOpenGLFramebufferObject target(width, height, format);
-    target.bind();
-    applyViewportSize(width, height);
-
-    if (shadowsWanted())
-        renderShadowPass();
-    clearWithViewportColor(transparent);
-    gl->glEnable(GL_MULTISAMPLE);
-    renderScene();
-    drawOverlay(width, height);
-
-    QImage image = target.toImage();
-    target.release();
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-    applyViewportSize(keptWidth, keptHeight);
-    return image;
-}
-
-int RenderWidget::addSceneDrawable(SceneDrawable drawable)
-{
-    const int id = nextDrawableId++;
-    drawables.emplace(id, std::move(drawable));
-    return id;
-}
-
-void RenderWidget::removeSceneDrawable(int id)
-{
-    drawables.erase(id);
+    return frame.renderToImage(width, height, transparent);
 }
 
 void RenderWidget::setViewportColor(const QColor& color)
@@ -721,12 +440,7 @@ void RenderWidget::sceneReload()
 {
     if (gl) {
         makeCurrent();
-        for (Garage* garage : {premiumGarage, basicGarage}) {
-            if (!garage)
-                continue;
-            garage->clear();
-            garage->load();
-        }
+        frame.scene.reloadGarages();
     }
     showStatusMessage(QStringLiteral("Scene Reload done."), 0);
 }

@@ -1,21 +1,19 @@
-// The viewport with a real context under Xvfb: start-up, the shadow map, the
-// frame through the widget and off-screen, checked by pixels.
+// The frame with a real context under Xvfb, off-screen without any widget and
+// through the viewport with its start-up and frame loop, checked by pixels.
 
 #include "RenderWidget.h"
 
 #include "GlErrors.h"
+#include "GlFunctions.h"
+#include "ImageCheck.h"
 #include "LogCapture.h"
-#include "MatrixStack.h"
 #include "MessageBoxRecorder.h"
 #include "QtPrinters.h"
-#include "Settings.h"
-#include "ShaderLoader.h"
+#include "SceneFixture.h"
 #include "StartupError.h"
-#include "TestRoot.h"
 
-#include <QOpenGLContext>
+#include <QApplication>
 #include <QOpenGLFunctions_3_2_Core>
-#include <QOpenGLShaderProgram>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -24,8 +22,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <memory>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -33,73 +30,92 @@ namespace {
 const QColor clearColour(30, 60, 90);
 const QColor quadColour(230, 40, 20);
 
-bool sameColour(QRgb pixel, const QColor& colour, int tolerance = 2)
-{
-    return std::abs(qRed(pixel) - colour.red()) <= tolerance &&
-           std::abs(qGreen(pixel) - colour.green()) <= tolerance &&
-           std::abs(qBlue(pixel) - colour.blue()) <= tolerance;
-}
-
-// Three flat squares of side 4 through the origin, one in each axis plane,
-// in one colour: whatever the camera's angle, the centre of the view (the
-// target, the origin) shows them, and the corners do not.
-class ColouredSquares
+// Paints the middle ninth of the target in quadColour in the colour pass
+// (a scissored clear from the viewport it is given), and records each pass
+// with the framebuffer it drew into.
+class MiddlePatch
 {
 public:
-    void draw(RenderWidget& widget, RenderWidget::ScenePass pass)
+    void draw(ScenePass pass)
     {
-        QOpenGLFunctions_3_2_Core* gl = widget.glFunctions();
-        passes.push_back(pass);
-        GLint bound = 0;
+        QOpenGLFunctions_3_2_Core* gl = glFunctions();
+        GLint bound = 0, viewport[4] = {};
         gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &bound);
-        framebuffers.push_back(bound);
-        if (pass == RenderWidget::ShadowPass)
+        gl->glGetIntegerv(GL_VIEWPORT, viewport);
+        passes.push_back(pass);
+        framebuffers.push_back(GLuint(bound));
+        if (pass == ShadowPass)
             return;
-        if (!vao)
-            upload(gl);
-
-        QOpenGLShaderProgram* program = ShaderLoader::instance()->program(Wireframe)->program.get();
-        program->bind();
-        const MatrixStack* stack = MatrixStack::instance();
-        const Matrix mvp = matrixProduct(stack->projection, stack->view);
-        gl->glUniformMatrix4fv(program->uniformLocation("ModelViewProj"), 1, GL_FALSE, mvp.data());
-        gl->glUniform4f(program->uniformLocation("diffuseColor"), float(quadColour.redF()),
-                        float(quadColour.greenF()), float(quadColour.blueF()), 1.0f);
-        // Seen from either side.
-        gl->glDisable(GL_CULL_FACE);
-        gl->glBindVertexArray(vao);
-        gl->glDrawArrays(GL_TRIANGLES, 0, 18);
-        gl->glBindVertexArray(0);
-        gl->glEnable(GL_CULL_FACE);
-        program->release();
+        gl->glEnable(GL_SCISSOR_TEST);
+        gl->glScissor(viewport[2] / 3, viewport[3] / 3, viewport[2] / 3, viewport[3] / 3);
+        gl->glClearColor(float(quadColour.redF()), float(quadColour.greenF()),
+                         float(quadColour.blueF()), 1.0f);
+        gl->glClear(GL_COLOR_BUFFER_BIT);
+        gl->glDisable(GL_SCISSOR_TEST);
     }
 
-    std::vector<RenderWidget::ScenePass> passes;
-    std::vector<GLint> framebuffers;
-
-private:
-    // The buffers go with the widget's context.
-    void upload(QOpenGLFunctions_3_2_Core* gl)
-    {
-        const float s = 2.0f;
-        const float vertices[] = {
-            -s, -s, 0,  s, -s, 0,  s, s, 0, -s, -s, 0,  s, s, 0, -s, s,  0, // xy
-            0,  -s, -s, 0, s,  -s, 0, s, s, 0,  -s, -s, 0, s, s, 0,  -s, s, // yz
-            -s, 0,  -s, s, 0,  -s, s, 0, s, -s, 0,  -s, s, 0, s, -s, 0,  s, // xz
-        };
-        gl->glGenVertexArrays(1, &vao);
-        gl->glBindVertexArray(vao);
-        gl->glGenBuffers(1, &vbo);
-        gl->glBindBuffer(GL_ARRAY_BUFFER, vbo);
-        gl->glBufferData(GL_ARRAY_BUFFER, sizeof(vertices), vertices, GL_STATIC_DRAW);
-        gl->glEnableVertexAttribArray(0); // iVertPos
-        gl->glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 0, nullptr);
-        gl->glBindVertexArray(0);
-    }
-
-    GLuint vao = 0;
-    GLuint vbo = 0;
+    std::vector<ScenePass> passes;
+    std::vector<GLuint> framebuffers;
 };
+
+// Pixels of image inside area that are not the clear colour.
+int pixelsOtherThanClear(const QImage& image, const QRect& area)
+{
+    int count = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            count += sameColour(image.pixel(x, y), clearColour, 8) ? 0 : 1;
+    return count;
+}
+
+// The first value of a GL state on the current context.
+GLint glInteger(GLenum name)
+{
+    GLint values[2] = {};
+    glFunctions()->glGetIntegerv(name, values);
+    return values[0];
+}
+
+} // namespace
+
+// What a command-line tool does: an off-screen context, the managers, and
+// the viewport's frame without a widget or a main window.
+TEST(OffscreenFrameTest, DrawsTheShadowAndColourPassesIntoAnImageWithoutAWidget)
+{
+    SceneFixture scene{QString()};
+    ASSERT_TRUE(scene.ready());
+    scene.root.writeFile(QStringLiteral("data/garages.cfg"), "<garages.cfg/>");
+    scene.settings->showShadows = true;
+    FrameRenderer::setInitialGlState();
+    FrameRenderer frame;
+    frame.viewportColor = clearColour;
+    frame.tankInfoShown = false;
+    frame.create(256);
+    MiddlePatch patch;
+    frame.scene.add([&](ScenePass pass) { patch.draw(pass); });
+    const GLuint before = GLuint(glInteger(GL_FRAMEBUFFER_BINDING));
+
+    const QImage image = frame.renderToImage(120, 90, false);
+    EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
+    ASSERT_EQ(image.size(), QSize(120, 90));
+    EXPECT_PIXEL(image, 60, 45, quadColour);
+    EXPECT_PIXEL(image, 118, 88, clearColour);
+    EXPECT_EQ(qAlpha(image.pixel(118, 88)), 255);
+    // The casters draw into the shadow map from the light, the scene into
+    // the image; the framebuffer bound before is bound again.
+    ASSERT_EQ(patch.passes, (std::vector<ScenePass>{ShadowPass, ColourPass}));
+    EXPECT_EQ(patch.framebuffers[0], frame.shadowMap.framebuffer);
+    EXPECT_NE(patch.framebuffers[1], frame.shadowMap.framebuffer);
+    EXPECT_EQ(GLuint(glInteger(GL_FRAMEBUFFER_BINDING)), before);
+    EXPECT_EQ(MatrixStack::instance()->depthView,
+              lookAt(frame.light.position, {0, 0, 0}, {0, 1, 0}));
+
+    // Transparent: only the clear colour loses its alpha.
+    const QImage transparent = frame.renderToImage(50, 30, true);
+    EXPECT_EQ(qAlpha(transparent.pixel(0, 0)), 0);
+    EXPECT_EQ(qAlpha(transparent.pixel(25, 15)), 255);
+    frame.release();
+}
 
 class RenderWidgetTest : public testing::Test
 {
@@ -110,8 +126,6 @@ protected:
         settings.shadowMap = 1024;
         settings.msaa = QStringLiteral("Disabled");
         settings.viewportColor = clearColour;
-        settings.showShadows = false;
-        settings.screenshotAlpha = false;
         // No backdrop: these tests look at the viewport alone.
         root.writeFile(QStringLiteral("data/garages.cfg"), "<garages.cfg/>");
         root.enter();
@@ -131,222 +145,140 @@ protected:
         return *widget;
     }
 
-    void addSquares()
+    int addPatch()
     {
-        widget->addSceneDrawable(
-            [this](RenderWidget::ScenePass pass) { squares.draw(*widget, pass); });
+        return widget->addSceneDrawable([this](ScenePass pass) { patch.draw(pass); });
     }
 
     TestRoot root;
     LogCapture log;
     MessageBoxRecorder boxes;
     Settings settings{QString()};
-    ColouredSquares squares;
+    MiddlePatch patch;
     std::unique_ptr<RenderWidget> widget;
 };
-
-} // namespace
 
 TEST_F(RenderWidgetTest, StartsACoreContextWithTheGlStateAndTheShaders)
 {
     RenderWidget& view = start();
-    ASSERT_TRUE(view.isValid());
-    ASSERT_TRUE(view.initialised);
-    const QSurfaceFormat granted = view.context()->format();
-    EXPECT_GE(granted.majorVersion() * 10 + granted.minorVersion(), 32);
-    EXPECT_EQ(granted.profile(), QSurfaceFormat::CoreProfile);
-    EXPECT_GE(granted.depthBufferSize(), 24);
-
     const QStringList& lines = log.lines;
-    ASSERT_FALSE(lines.isEmpty());
-    EXPECT_EQ(lines.first(), QStringLiteral("[Info] Initialising OpenGL."));
-    EXPECT_EQ(lines.last(), QStringLiteral("[Info] OpenGL Initialising complete."));
+    EXPECT_EQ(lines.value(0), "[Info] Initialising OpenGL.");
+    EXPECT_EQ(lines.value(lines.size() - 1), "[Info] OpenGL Initialising complete.");
     for (const char* prefix : {"[Info] OpenGL Vendor: ", "[Info] OpenGL Renderer: ",
                                "[Info] OpenGL Version: ", "[Info] GLSL Version: "})
         EXPECT_EQ(lines.filter(QLatin1String(prefix)).size(), 1) << prefix;
-    EXPECT_EQ(lines.filter(QStringLiteral("[Error]")), QStringList());
-    EXPECT_EQ(lines.filter(QStringLiteral("[Warning]")), QStringList());
-    EXPECT_FALSE(startupErrorPending());
-    EXPECT_TRUE(boxes.boxes.isEmpty());
+    for (const char* level : {"[Error]", "[Warning]"})
+        EXPECT_EQ(lines.filter(QLatin1String(level)), QStringList());
 
     view.makeCurrent();
-    QOpenGLFunctions_3_2_Core* gl = view.glFunctions();
-    ASSERT_NE(gl, nullptr);
-    EXPECT_TRUE(gl->glIsEnabled(GL_DEPTH_TEST));
-    EXPECT_TRUE(gl->glIsEnabled(GL_CULL_FACE));
-    const std::pair<GLenum, GLint> state[] = {
-        {GL_DEPTH_FUNC, GL_LESS}, {GL_CULL_FACE_MODE, GL_BACK}, {GL_FRONT_FACE, GL_CCW}};
-    for (auto [name, expected] : state) {
-        GLint value = 0;
-        gl->glGetIntegerv(name, &value);
-        EXPECT_EQ(value, expected) << name;
-    }
-    EXPECT_EQ(view.viewportColor.rgb(), clearColour.rgb());
-    EXPECT_FLOAT_EQ(view.light.position[0], 2.75f);
-    EXPECT_FLOAT_EQ(view.light.position[1], 7.8f);
-    EXPECT_FLOAT_EQ(view.light.position[2], 16.0f);
-    EXPECT_FLOAT_EQ(view.light.ambient[0], 127.0f / 255.0f);
-    EXPECT_EQ(MatrixStack::instance()->parent(), &view);
-    // A program that failed would have logged an error above.
-    EXPECT_NE(ShaderLoader::instance(), nullptr);
+    const std::pair<GLenum, GLint> state[] = {{GL_DEPTH_TEST, 1},      {GL_DEPTH_FUNC, GL_LESS},
+                                              {GL_CULL_FACE, 1},       {GL_CULL_FACE_MODE, GL_BACK},
+                                              {GL_FRONT_FACE, GL_CCW}, {GL_MULTISAMPLE, 0}};
+    for (auto [name, expected] : state)
+        EXPECT_EQ(glInteger(name), expected) << name;
+    // The largest screenshot keeps to every GL limit.
+    const GLint limits[] = {glInteger(GL_MAX_TEXTURE_SIZE), glInteger(GL_MAX_RENDERBUFFER_SIZE),
+                            glInteger(GL_MAX_VIEWPORT_DIMS)};
+    EXPECT_EQ(view.maxImageSize(), *std::min_element(std::begin(limits), std::end(limits)));
 }
 
 TEST_F(RenderWidgetTest, MissingShadersEndTheStartWithOneError)
 {
     QTemporaryDir empty;
     settings.shaderDir = empty.path();
-    RenderWidget& view = start();
-    EXPECT_TRUE(view.isValid());
-    EXPECT_TRUE(log.contains(QStringLiteral("[Error] Shader initialization failed.")));
-    ASSERT_TRUE(startupErrorPending());
+    start();
     EXPECT_EQ(takeStartupError(), QStringLiteral("Shader initialization failed."));
 }
 
-TEST_F(RenderWidgetTest, RenderToImageDrawsTheSceneOpaqueOrTransparentAndRestoresTheView)
+// Each "Hide Elements" box sends its checked state: true hides the element.
+TEST_F(RenderWidgetTest, HideElementBoxesHideTheirElementInTheFrame)
+{
+    using Slot = void (RenderWidget::*)(bool);
+    const std::tuple<const char*, Slot, QRect> cases[] = {
+        {"Grid", &RenderWidget::showGrid, QRect(0, 0, 160, 120)},
+        {"TankInfo", &RenderWidget::toggleText, QRect(0, 0, 100, 60)},
+        {"RenderStats", &RenderWidget::toggleRenderInfo, QRect(0, 0, 100, 60)}};
+    RenderWidget& view = start();
+    for (auto [box, slot, area] : cases) {
+        SCOPED_TRACE(box);
+        for (const auto& each : cases)
+            (view.*std::get<Slot>(each))(true);
+        (view.*slot)(false);
+        const QImage shown = view.grabFramebuffer();
+        EXPECT_GT(pixelsOtherThanClear(shown, area), 20)
+            << saveFailedImage(shown, box).toStdString();
+        (view.*slot)(true);
+        const QImage hidden = view.grabFramebuffer();
+        EXPECT_EQ(pixelsOtherThanClear(hidden, QRect(0, 0, 160, 120)), 0)
+            << saveFailedImage(hidden, box).toStdString();
+    }
+}
+
+TEST_F(RenderWidgetTest, TheWidgetsFrameAndItsImageShowTheScene)
 {
     RenderWidget& view = start();
-    addSquares();
-    view.makeCurrent();
-    const int frames = view.framesRun;
-    const QImage image = view.renderToImage(200, 100, false);
-    ASSERT_EQ(image.size(), QSize(200, 100));
-    EXPECT_TRUE(sameColour(image.pixel(100, 50), quadColour));
-    for (const QPoint& at : {QPoint(1, 1), QPoint(198, 98)}) {
-        EXPECT_TRUE(sameColour(image.pixel(at), clearColour)) << at.x() << "," << at.y();
-        EXPECT_EQ(qAlpha(image.pixel(at)), 255);
-    }
-    EXPECT_EQ(view.viewWidth, 160);
-    EXPECT_EQ(view.viewHeight, 120);
-    EXPECT_EQ(view.controls.width, 160);
-    // Back on the widget's own framebuffer.
-    GLint bound = 0;
-    view.glFunctions()->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &bound);
-    EXPECT_EQ(GLuint(bound), view.defaultFramebufferObject());
-    // The statistics are the frame's, not the image's.
-    EXPECT_EQ(view.framesRun, frames);
+    view.removeSceneDrawable(addPatch());
+    EXPECT_PIXEL(view.grabFramebuffer(), 80, 60, clearColour);
+    addPatch();
+    const QImage image = view.grabFramebuffer();
+    EXPECT_PIXEL(image, 80, 60, quadColour);
+    EXPECT_PIXEL(image, 1, 1, clearColour);
+    // Without shadows there is only the colour pass, into the widget's target.
+    EXPECT_EQ(patch.passes, std::vector<ScenePass>{ColourPass});
+    EXPECT_EQ(patch.framebuffers.back(), view.defaultFramebufferObject());
 
-    const QImage transparent = view.renderToImage(50, 30, true);
-    ASSERT_EQ(transparent.size(), QSize(50, 30));
-    EXPECT_EQ(qAlpha(transparent.pixel(0, 0)), 0);
-    EXPECT_EQ(qAlpha(transparent.pixel(49, 29)), 0);
-    // Until the next frame sets it from ScreenshotAlpha again.
+    // Each frame asks for the next through the event loop; no timer paces it.
+    const int before = view.framesRun;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.framesRun >= before + 3; }, 10000));
+
+    // An image of the same frame leaves the view, its target and the
+    // statistics as they were, and the alpha at 0 until the next frame.
+    const int frames = view.framesRun;
+    EXPECT_PIXEL(view.renderToImage(200, 100, true), 100, 50, quadColour);
+    EXPECT_EQ(view.controls.width, 160);
+    EXPECT_EQ(GLuint(glInteger(GL_FRAMEBUFFER_BINDING)), view.defaultFramebufferObject());
+    EXPECT_EQ(view.framesRun, frames);
     EXPECT_EQ(view.viewportColor.alpha(), 0);
     (void)view.grabFramebuffer();
     EXPECT_EQ(view.viewportColor.alpha(), 255);
 }
 
-TEST_F(RenderWidgetTest, TheWidgetsOwnFrameShowsTheSceneUntilADrawableIsRemoved)
-{
-    RenderWidget& view = start();
-    addSquares();
-    int calls = 0;
-    const int id = view.addSceneDrawable([&](RenderWidget::ScenePass) { ++calls; });
-    const QImage image = view.grabFramebuffer();
-    ASSERT_EQ(image.size(), QSize(160, 120));
-    EXPECT_TRUE(sameColour(image.pixel(80, 60), quadColour));
-    EXPECT_TRUE(sameColour(image.pixel(1, 1), clearColour));
-    EXPECT_TRUE(sameColour(image.pixel(158, 118), clearColour));
-    EXPECT_GE(view.framesRun, 1);
-    EXPECT_GE(view.framesRequested, 1);
-    // Without shadows there is only the colour pass.
-    ASSERT_FALSE(squares.passes.empty());
-    EXPECT_EQ(squares.passes.back(), RenderWidget::ColourPass);
-    EXPECT_EQ(std::count(squares.passes.begin(), squares.passes.end(), RenderWidget::ShadowPass),
-              0);
-    EXPECT_EQ(calls, 1);
-
-    view.removeSceneDrawable(id);
-    const size_t drawn = squares.passes.size();
-    (void)view.grabFramebuffer();
-    EXPECT_GT(squares.passes.size(), drawn);
-    EXPECT_EQ(calls, 1);
-
-    // Each frame asks for the next through the event loop; no timer paces it.
-    const int before = view.framesRun;
-    EXPECT_TRUE(QTest::qWaitFor([&] { return view.framesRun >= before + 3; }, 10000));
-}
-
-TEST_F(RenderWidgetTest, PausedDrawsNothingAndAsksForNothing)
-{
-    RenderWidget& view = start();
-    addSquares();
-    ASSERT_TRUE(sameColour(view.grabFramebuffer().pixel(1, 1), clearColour));
-
-    view.paused = true;
-    const int frames = view.framesRun;
-    const int requests = view.framesRequested;
-    const size_t drawn = squares.passes.size();
-    view.setViewportColor(QColor(Qt::green));
-    const QImage held = view.grabFramebuffer();
-    for (int i = 0; i < 20; ++i)
-        QCoreApplication::processEvents();
-    EXPECT_EQ(view.framesRun, frames);
-    EXPECT_EQ(view.framesRequested, requests);
-    EXPECT_EQ(squares.passes.size(), drawn);
-    // The last frame stays on show.
-    EXPECT_TRUE(sameColour(held.pixel(1, 1), clearColour));
-
-    view.paused = false;
-    EXPECT_TRUE(sameColour(view.grabFramebuffer().pixel(1, 1), QColor(Qt::green)));
-}
-
-TEST_F(RenderWidgetTest, AMinimisedWindowStopsTheLoop)
+TEST_F(RenderWidgetTest, PausedOrMinimisedTheLoopDrawsAndAsksForNothing)
 {
     RenderWidget& view = start();
     (void)view.grabFramebuffer();
-    view.showMinimized();
-    ASSERT_TRUE(view.isMinimized());
-    const int frames = view.framesRun;
-    const int requests = view.framesRequested;
-    (void)view.grabFramebuffer();
-    EXPECT_EQ(view.framesRun, frames);
-    EXPECT_EQ(view.framesRequested, requests);
-
-    view.showNormal();
-    (void)view.grabFramebuffer();
-    EXPECT_EQ(view.framesRun, frames + 1);
-}
-
-TEST_F(RenderWidgetTest, ShadowPassDrawsIntoTheShadowMapWithTheLightsMatrices)
-{
-    settings.showShadows = true;
-    RenderWidget& view = start();
-    addSquares();
-    (void)view.grabFramebuffer();
-    ASSERT_GE(squares.passes.size(), 2u);
-    EXPECT_EQ(squares.passes[0], RenderWidget::ShadowPass);
-    EXPECT_EQ(GLuint(squares.framebuffers[0]), view.shadowFbo);
-    EXPECT_EQ(squares.passes[1], RenderWidget::ColourPass);
-    EXPECT_EQ(GLuint(squares.framebuffers[1]), view.defaultFramebufferObject());
-
-    const MatrixStack* stack = MatrixStack::instance();
-    EXPECT_NEAR(stack->depthProjection[0], 1.0 / std::tan(0.3926991), 1e-4);
-    EXPECT_NEAR(stack->depthProjection[10], -1.016129, 1e-5);
-    EXPECT_NEAR(stack->depthProjection[11], -1.0, 1e-6);
-    EXPECT_NEAR(stack->depthProjection[14], -4.032258, 1e-5);
-    const Matrix expectedView = lookAt(view.light.position, {0, 0, 0}, {0, 1, 0});
-    for (int i = 0; i < 16; ++i)
-        EXPECT_FLOAT_EQ(stack->depthView[i], expectedView[i]) << i;
-
-    // The pass leaves the viewport of the widget behind it.
-    view.makeCurrent();
-    GLint viewport[4] = {};
-    view.glFunctions()->glGetIntegerv(GL_VIEWPORT, viewport);
-    EXPECT_EQ(viewport[2], 160);
-    EXPECT_EQ(viewport[3], 120);
+    for (bool minimised : {false, true}) {
+        SCOPED_TRACE(minimised ? "minimised" : "paused");
+        auto stop = [&](bool on) {
+            if (minimised)
+                on ? view.showMinimized() : view.showNormal();
+            else
+                view.paused = on;
+        };
+        stop(true);
+        ASSERT_EQ(view.isMinimized(), minimised);
+        const int frames = view.framesRun;
+        const int requests = view.framesRequested;
+        const QColor shown = view.viewportColor;
+        view.setViewportColor(minimised ? QColor(Qt::blue) : QColor(Qt::green));
+        const QImage held = view.grabFramebuffer();
+        for (int i = 0; i < 20; ++i)
+            QCoreApplication::processEvents();
+        EXPECT_EQ(view.framesRun, frames);
+        EXPECT_EQ(view.framesRequested, requests);
+        EXPECT_PIXEL(held, 1, 1, shown); // the last frame stays on show
+        stop(false);
+        EXPECT_PIXEL(view.grabFramebuffer(), 1, 1, view.viewportColor);
+        EXPECT_GT(view.framesRun, frames);
+    }
 }
 
 TEST_F(RenderWidgetTest, ShadowMapIsACompleteDepthTargetRebuiltForANewSize)
 {
     RenderWidget& view = start();
-    EXPECT_TRUE(log.contains(QStringLiteral("[Info] Creating Shadow Map Texture.")));
     EXPECT_TRUE(log.contains(QStringLiteral("[Info] Shadow Map size: 1024 x 1024")));
-    EXPECT_FALSE(log.contains(QStringLiteral("[Error] Failed to create FBO.")));
-    ASSERT_NE(view.shadowFbo, 0u);
-    ASSERT_NE(view.shadowTexture, 0u);
-
     view.makeCurrent();
-    QOpenGLFunctions_3_2_Core* gl = view.glFunctions();
+    QOpenGLFunctions_3_2_Core* gl = glFunctions();
     gl->glBindFramebuffer(GL_FRAMEBUFFER, view.shadowFbo);
     EXPECT_EQ(gl->glCheckFramebufferStatus(GL_FRAMEBUFFER), GLenum(GL_FRAMEBUFFER_COMPLETE));
     gl->glBindFramebuffer(GL_FRAMEBUFFER, view.defaultFramebufferObject());
@@ -354,18 +286,18 @@ TEST_F(RenderWidgetTest, ShadowMapIsACompleteDepthTargetRebuiltForANewSize)
     auto textureValue = [&](GLenum name, bool level) {
         GLint value = 0;
         gl->glBindTexture(GL_TEXTURE_2D, view.shadowTexture);
-        if (level)
-            gl->glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, name, &value);
-        else
-            gl->glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
-        gl->glBindTexture(GL_TEXTURE_2D, 0);
+        level ? gl->glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, name, &value)
+              : gl->glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
         return value;
     };
-    EXPECT_EQ(textureValue(GL_TEXTURE_WIDTH, true), 1024);
-    EXPECT_EQ(textureValue(GL_TEXTURE_INTERNAL_FORMAT, true), GL_DEPTH_COMPONENT16);
-    EXPECT_EQ(textureValue(GL_TEXTURE_COMPARE_FUNC, false), GL_LEQUAL);
-    EXPECT_EQ(textureValue(GL_TEXTURE_MIN_FILTER, false), GL_LINEAR);
-    EXPECT_EQ(textureValue(GL_TEXTURE_WRAP_S, false), GL_CLAMP_TO_EDGE);
+    const std::tuple<GLenum, bool, GLint> expected[] = {
+        {GL_TEXTURE_WIDTH, true, 1024},
+        {GL_TEXTURE_INTERNAL_FORMAT, true, GL_DEPTH_COMPONENT16},
+        {GL_TEXTURE_COMPARE_FUNC, false, GL_LEQUAL},
+        {GL_TEXTURE_MIN_FILTER, false, GL_LINEAR},
+        {GL_TEXTURE_WRAP_S, false, GL_CLAMP_TO_EDGE}};
+    for (auto [name, level, value] : expected)
+        EXPECT_EQ(textureValue(name, level), value) << name;
 
     const GLuint framebuffer = view.shadowFbo;
     settings.setShadowMapSize(512);
@@ -375,169 +307,80 @@ TEST_F(RenderWidgetTest, ShadowMapIsACompleteDepthTargetRebuiltForANewSize)
     EXPECT_EQ(textureValue(GL_TEXTURE_WIDTH, true), 512);
 }
 
-TEST_F(RenderWidgetTest, MaxImageSizeKeepsToEveryGlLimit)
+TEST_F(RenderWidgetTest, EachPendingGlErrorIsLoggedByName)
 {
-    RenderWidget& view = start();
-    view.makeCurrent();
-    QOpenGLFunctions_3_2_Core* gl = view.glFunctions();
-    GLint limits[4] = {};
-    gl->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limits[0]);
-    gl->glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &limits[1]);
-    gl->glGetIntegerv(GL_MAX_VIEWPORT_DIMS, &limits[2]);
-    EXPECT_GT(view.maxImageSize(), 0);
-    for (GLint limit : limits)
-        EXPECT_LE(view.maxImageSize(), limit);
-    EXPECT_NE(std::find(std::begin(limits), std::end(limits), view.maxImageSize()),
-              std::end(limits));
-}
-
-TEST_F(RenderWidgetTest, GlErrorsAreNamedAndEachPendingOneIsLogged)
-{
-    const QStringList names = {"GL_NO_ERROR",       "GL_INVALID_ENUM",
-                               "GL_INVALID_VALUE",  "GL_INVALID_OPERATION",
-                               "GL_STACK_OVERFLOW", "GL_STACK_UNDERFLOW",
-                               "GL_OUT_OF_MEMORY",  "GL_INVALID_FRAMEBUFFER_OPERATION"};
-    for (int i = 0; i < names.size(); ++i)
-        EXPECT_EQ(glErrorName(i == 0 ? 0 : 1279 + i), names[i]);
-    EXPECT_EQ(glErrorName(1287), QStringLiteral("UNKOWN GL ERROR."));
-    EXPECT_EQ(glErrorName(-1), QStringLiteral("UNKOWN GL ERROR."));
-
     RenderWidget& view = start();
     view.makeCurrent();
     log.lines.clear();
-    view.glFunctions()->glEnable(0xFFFF);
+    glFunctions()->glEnable(0xFFFF);
     checkGlErrors(QStringLiteral("X"));
+    checkGlErrors(QStringLiteral("Y")); // the queue was drained
     EXPECT_EQ(log.lines, QStringList{QStringLiteral(
                              "[Error] OpenGL error. Caller: X gl err: GL_INVALID_ENUM")});
-    // The queue is drained.
-    log.lines.clear();
-    checkGlErrors(QStringLiteral("X"));
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_EQ(glErrorName(1287), QStringLiteral("UNKOWN GL ERROR."));
 }
 
-TEST(SurfaceFormatTest, IsCoreWithDepthAndTheSettingsSamplesAndSwap)
+TEST(SurfaceFormatTest, TakesSamplesAndSwapFromTheSettings)
 {
-    const std::pair<const char*, int> samples[] = {{"2x", 2},   {"4x", 4},  {"8x", 8},
-                                                   {"16x", 16}, {"32x", 0}, {"Disabled", 0}};
-    for (auto [text, count] : samples)
-        EXPECT_EQ(msaaSampleCount(QLatin1String(text)), count) << text;
-
     Settings settings{QString()};
-    settings.vsync = 0;
-    settings.msaa = QStringLiteral("8x");
-    QSurfaceFormat format = ferroxSurfaceFormat(settings);
-    EXPECT_EQ(format.version(), qMakePair(3, 2));
-    EXPECT_EQ(format.profile(), QSurfaceFormat::CoreProfile);
-    EXPECT_EQ(format.depthBufferSize(), 24);
-    EXPECT_EQ(format.stencilBufferSize(), 0);
-    EXPECT_EQ(format.alphaBufferSize(), 8);
-    EXPECT_EQ(format.swapBehavior(), QSurfaceFormat::DoubleBuffer);
-    EXPECT_EQ(format.swapInterval(), 0);
-    EXPECT_EQ(format.samples(), 8);
-
-    settings.vsync = 1;
-    settings.msaa = QStringLiteral("Disabled");
-    format = ferroxSurfaceFormat(settings);
-    EXPECT_EQ(format.swapInterval(), 1);
-    EXPECT_EQ(format.samples(), 0);
-    // An unknown text leaves the default format's samples alone.
-    settings.msaa = QStringLiteral("lots");
-    EXPECT_EQ(ferroxSurfaceFormat(settings).samples(), QSurfaceFormat::defaultFormat().samples());
+    const int unchanged = QSurfaceFormat::defaultFormat().samples();
+    const std::pair<const char*, int> samples[] = {
+        {"2x", 2}, {"4x", 4}, {"8x", 8}, {"16x", 16}, {"Disabled", 0}, {"lots", unchanged}};
+    for (auto [msaa, count] : samples) {
+        settings.msaa = QLatin1String(msaa);
+        settings.vsync = count % 2;
+        const QSurfaceFormat format = ferroxSurfaceFormat(settings);
+        EXPECT_EQ(format.samples(), count) << msaa;
+        EXPECT_EQ(format.swapInterval(), count % 2) << msaa;
+    }
 }
 
 TEST_F(RenderWidgetTest, FewerSamplesThanAskedAreLoggedAsAWarning)
 {
-    for (int requested : {2, 16}) {
-        SCOPED_TRACE(requested);
-        settings.msaa = QString::number(requested) + QLatin1Char('x');
-        RenderWidget& view = start();
-        view.makeCurrent();
-        GLint granted = 0;
-        view.glFunctions()->glGetIntegerv(GL_SAMPLES, &granted);
-        const QStringList warnings = log.lines.filter(QStringLiteral("[Warning]"));
-        if (granted < requested)
-            EXPECT_EQ(warnings, QStringList{"[Warning] Requested anti alias setting " +
-                                            QString::number(requested) + " but got " +
-                                            QString::number(granted)});
-        else
-            EXPECT_EQ(warnings, QStringList());
-        EXPECT_EQ(view.multisample, granted > 0);
-    }
+    settings.msaa = QStringLiteral("16x");
+    start().makeCurrent();
+    const GLint granted = glInteger(GL_SAMPLES);
+    EXPECT_EQ(log.lines.filter(QStringLiteral("[Warning]")),
+              granted < 16 ? QStringList{"[Warning] Requested anti alias setting 16 but got " +
+                                         QString::number(granted)}
+                           : QStringList());
 }
 
-TEST_F(RenderWidgetTest, SlotsSwitchTheSceneAndGoThroughTheControls)
+TEST_F(RenderWidgetTest, CameraSlotsAndSignalsGoThroughTheControls)
 {
     RenderWidget view;
-    // The "Hide Elements" boxes: checked hides; each starts the other way.
-    view.showGrid(false);
-    view.showGarage(false);
-    view.toggleText(true);
-    view.toggleRenderInfo(false);
-    view.toggleGarage(false);
-    EXPECT_TRUE(view.gridShown);
-    EXPECT_TRUE(view.garageShown);
-    EXPECT_FALSE(view.tankInfoShown);
-    EXPECT_TRUE(view.renderInfoShown);
-    EXPECT_FALSE(view.premiumScene);
-
-    QSignalSpy colour(&view, &RenderWidget::viewportColorChanged);
-    view.setViewportColor(QColor(1, 2, 3));
-    EXPECT_EQ(view.viewportColor, QColor(1, 2, 3));
-    ASSERT_EQ(colour.count(), 1);
-    EXPECT_EQ(colour.at(0).at(0).value<QColor>(), QColor(1, 2, 3));
-
-    view.resetCamera();
     QSignalSpy zoom(&view, &RenderWidget::cameraZoomChanged);
-    QSignalSpy fov(&view, &RenderWidget::cameraFovChanged);
-    view.setCameraZoom(20);
-    EXPECT_FLOAT_EQ(view.camera.distance, 20.0f);
-    ASSERT_EQ(zoom.count(), 1);
-    EXPECT_EQ(zoom.at(0).at(0).toInt(), 20);
-    view.setCameraFov(40);
-    ASSERT_EQ(fov.count(), 1);
-    EXPECT_EQ(fov.at(0).at(0).toInt(), 40);
-    view.setcameraPositionX(1.5);
-    EXPECT_FLOAT_EQ(view.camera.target[0], 1.5f);
-    view.cameraTypeChanged(1);
-    EXPECT_EQ(view.camera.projectionType, 0);
     QSignalSpy rotationX(&view, &RenderWidget::cameraRotationXChanged);
+    view.setCameraZoom(20);
+    EXPECT_EQ(zoom.count(), 1);
     view.cameraViewChanged(1); // Top
     ASSERT_GE(rotationX.count(), 1);
     EXPECT_DOUBLE_EQ(rotationX.last().at(0).toDouble(), 90.0);
-
-    EXPECT_EQ(view.controls.invertX, 1.0f);
     settings.setMouseInvert(true, false);
     EXPECT_EQ(view.controls.invertX, -1.0f);
-    EXPECT_EQ(view.controls.invertY, 1.0f);
 }
 
 TEST_F(RenderWidgetTest, WheelAndButtonsReachTheControlsAndSetTheCursor)
 {
     RenderWidget& view = start();
-    EXPECT_EQ(view.cursor().shape(), Qt::OpenHandCursor);
-    QSignalSpy zoom(&view, &RenderWidget::cameraZoomChanged);
     QWheelEvent wheel(QPointF(10, 10), view.mapToGlobal(QPointF(10, 10)), QPoint(), QPoint(0, 120),
                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QCoreApplication::sendEvent(&view, &wheel);
     EXPECT_EQ(view.controls.zoom, 11.0f);
-    ASSERT_EQ(zoom.count(), 1);
 
     const QPoint at(20, 20);
-    QTest::mousePress(&view, Qt::RightButton, Qt::NoModifier, at);
-    EXPECT_EQ(view.cursor().shape(), Qt::SizeAllCursor);
-    QTest::mouseRelease(&view, Qt::RightButton, Qt::NoModifier, at);
-    EXPECT_EQ(view.cursor().shape(), Qt::OpenHandCursor);
-    QTest::mousePress(&view, Qt::MiddleButton, Qt::NoModifier, at);
-    EXPECT_EQ(view.cursor().shape(), Qt::SizeVerCursor);
-    QTest::mouseRelease(&view, Qt::MiddleButton, Qt::NoModifier, at);
-
+    const std::pair<Qt::MouseButton, Qt::CursorShape> drags[] = {
+        {Qt::RightButton, Qt::SizeAllCursor}, {Qt::MiddleButton, Qt::SizeVerCursor}};
+    for (auto [button, shape] : drags) {
+        QTest::mousePress(&view, button, Qt::NoModifier, at);
+        EXPECT_EQ(view.cursor().shape(), shape) << button;
+        QTest::mouseRelease(&view, button, Qt::NoModifier, at);
+        EXPECT_EQ(view.cursor().shape(), Qt::OpenHandCursor) << button;
+    }
     view.armorToggle(true);
-    EXPECT_NE(view.cursor().shape(), Qt::OpenHandCursor);
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, at);
     QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, at);
     EXPECT_EQ(view.cursor().shape(), Qt::CrossCursor);
-    view.armorToggle(false);
-    EXPECT_EQ(view.cursor().shape(), Qt::OpenHandCursor);
 }
 
 TEST_F(RenderWidgetTest, AutoRotationTurnsBySpinOnly)
@@ -545,44 +388,33 @@ TEST_F(RenderWidgetTest, AutoRotationTurnsBySpinOnly)
     RenderWidget& view = start();
     (void)view.grabFramebuffer();
     view.setAutoRotation(true);
-    view.controls.spin = {0, 0, 0};
     const float still = view.controls.rotation[1];
+    // Seven seconds without a frame turn by the drag's spin: nothing without
+    // one, 7 degrees with a spin of 7.
     view.lastFrameMs -= 7000;
     (void)view.grabFramebuffer();
-    // No drag, no turn.
     EXPECT_FLOAT_EQ(view.controls.rotation[1], still);
-
-    QSignalSpy turned(&view, &RenderWidget::cameraRotationYChanged);
     view.controls.spin = {0, 7, 0};
-    const qint64 before = view.lastFrameMs;
-    view.lastFrameMs -= 7000; // seven seconds without a frame: one whole 7 degrees
+    view.lastFrameMs -= 7000;
     (void)view.grabFramebuffer();
     EXPECT_GE(view.controls.rotation[1], still + 7.0f - 1e-3f);
-    EXPECT_GE(view.lastFrameMs, before);
-    EXPECT_GE(turned.count(), 1);
 }
 
-TEST_F(RenderWidgetTest, FrameStatisticsAverageOncePerSecond)
+TEST(FrameStatisticsTest, AverageOncePerSecond)
 {
-    RenderWidget view;
-    view.startCount = 0;
-    view.frequency = 1000; // one count per millisecond
-    view.updateFrameStatistics(500);
-    EXPECT_FLOAT_EQ(view.frameTimeMs, 500);
-    view.updateFrameStatistics(1000);
+    FrameStatistics statistics;
+    statistics.frequency = 1000; // one count per millisecond
+    statistics.update(500);
+    statistics.update(1000);
     // Exactly one second is not yet "more than".
-    EXPECT_EQ(view.fpsAverage, 0.0f);
-    EXPECT_EQ(view.framesSinceStat, 2);
-    view.updateFrameStatistics(1500);
-    EXPECT_FLOAT_EQ(view.fpsNow, 2.0f);
-    EXPECT_FLOAT_EQ(view.fpsAverage, 2.0f);
-    EXPECT_FLOAT_EQ(view.lastStatMs, 1500);
-    EXPECT_EQ(view.framesSinceStat, 0);
+    EXPECT_EQ(statistics.fpsAverage, 0.0f);
+    statistics.update(1500);
+    EXPECT_FLOAT_EQ(statistics.fpsNow, 2.0f);
+    EXPECT_FLOAT_EQ(statistics.fpsAverage, 2.0f);
 
     for (qint64 t = 1600; t <= 2600; t += 100)
-        view.updateFrameStatistics(t);
-    EXPECT_FLOAT_EQ(view.frameTimeMs, 100);
-    EXPECT_FLOAT_EQ(view.fpsNow, 10.0f);
-    EXPECT_FLOAT_EQ(view.fpsAverage, 6.0f);
-    EXPECT_FLOAT_EQ(view.statTimeMs, 2600);
+        statistics.update(t);
+    EXPECT_FLOAT_EQ(statistics.frameTimeMs, 100);
+    EXPECT_FLOAT_EQ(statistics.fpsNow, 10.0f);
+    EXPECT_FLOAT_EQ(statistics.fpsAverage, 6.0f);
 }
