@@ -3,6 +3,7 @@
 
 #include "GlFunctions.h"
 #include "GlTestContext.h"
+#include "ImageCheck.h"
 #include "LogCapture.h"
 #include "QtPrinters.h"
 #include "Settings.h"
@@ -185,8 +186,6 @@ TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
     }
     const QPair<int, int> fallback(LightingOnly, NoLighting);
     EXPECT_EQ(MaterialLoader::shadersForEffect(""), fallback);
-    EXPECT_TRUE(logs.lines.filter("[Warning]").isEmpty()) << logs.lines.join('\n').toStdString();
-
     EXPECT_EQ(MaterialLoader::shadersForEffect("shaders/std_effects/PBS_TANK.fx"), fallback);
     EXPECT_EQ(logs.lines.filter("[Warning]"), QStringList{"[Warning] Could not find shader "
                                                           "conversion for: shaders/std_effects/"
@@ -272,5 +271,5 @@ TEST_F(MaterialTest, UnlitQuadShowsItsDiffuseTexture)
     }
     gl().glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
 
-    EXPECT_EQ(target.toImage().pixel(4, 4), qRgba(0x33, 0x99, 0xcc, 0xff));
+    EXPECT_PIXEL(target.toImage(), 4, 4, QColor(0x33, 0x99, 0xcc), 0);
 }
