@@ -99,28 +99,3 @@ TEST_F(LogTest, KeepsTextPerLevelAndWritesEachLineAtOnce)
         "[ Warning ] first warning\r\n[ Error ] an error\r\n[ Warning ] second\nwarning\r\n"));
     EXPECT_FALSE(log.allText.contains(":["));
 }
-
-TEST_F(LogTest, UnwritableUserDirectoryGathersBothStartupMessagesUntilStartupEnds)
-{
-    // A file where the user directory should be cannot be entered, even by
-    // root, for whom permission bits would not count.
-    QDir(root.dataDirectory()).removeRecursively();
-    root.writeFile("data", "not a folder");
-
-    Log log;
-    Log::log("kept in memory", Log::Info);
-
-    ASSERT_TRUE(startupErrorPending());
-    const QString text = takeStartupError();
-    const QString issue = ",this is most likely a permissions issue.\nPlease check that you have "
-                          "sufficient write access to: " +
-                          root.dataDirectory();
-    EXPECT_EQ(text, "Could not create user directory" + issue + "Could not open log file" + issue);
-    EXPECT_TRUE(log.allText.contains("kept in memory"));
-
-    // Reports after start-up finished are dropped.
-    markStartupFinished();
-    reportStartupError("too late");
-    EXPECT_FALSE(startupErrorPending());
-    EXPECT_TRUE(takeStartupError().isEmpty());
-}

@@ -1,5 +1,6 @@
 #include "DdsImage.h"
 
+#include "DdsBuilder.h"
 #include "LogCapture.h"
 #include "ToolRunner.h"
 
@@ -11,38 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <tuple>
 #include <vector>
-
-// Header offsets of the fields the tests set.
-enum HeaderField
-{
-    DepthAt = 24,
-    CodeAt = 84,
-    BitCountAt = 88,
-    RedMaskAt = 92,
-    BlueMaskAt = 100,
-    AlphaMaskAt = 104,
-    Caps2At = 112
-};
-using Fields = std::vector<std::pair<int, quint32>>;
-
-// A hand-made DDS file; `code` is a four-character code or empty. Shared
-// with test_DdsUpload.cpp.
-QByteArray makeDds(int width, int height, int mips, const char* code, const QByteArray& data,
-                   const Fields& fields = {})
-{
-    QByteArray file(128, '\0');
-    std::memcpy(file.data(), "DDS ", 4);
-    if (*code)
-        std::memcpy(file.data() + CodeAt, code, 4);
-    Fields all = {{12, quint32(height)}, {16, quint32(width)}, {28, quint32(mips)}};
-    all.insert(all.end(), fields.begin(), fields.end());
-    for (const auto& [offset, value] : all)
-        qToLittleEndian(value, file.data() + offset);
-    return file + data;
-}
 
 namespace {
 QByteArray dx10(quint32 dxgi, int dataBytes)
@@ -130,7 +101,7 @@ TEST(DdsImage, CountsLevelsFacesAndSlices)
         image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 1 << 16}})));
     EXPECT_EQ(image.pixels, pixel);
 
-    const Fields volume = {{BitCountAt, 8}, {DepthAt, 4}};
+    const DdsFields volume = {{BitCountAt, 8}, {DepthAt, 4}};
     ASSERT_TRUE(image.parse(makeDds(4, 4, 3, "", QByteArray(64 + 8 + 1, '\0'), volume)));
     EXPECT_EQ(image.depth, 4);
     EXPECT_EQ(image.dataSize(0, 3), 73);
@@ -153,7 +124,7 @@ TEST(DdsImage, RejectsDamagedHeadersWithOneWarning)
 {
     // Enough data for every claimed size, so only the limits can refuse.
     const QByteArray plenty(40000, '\0');
-    const Fields r8 = {{BitCountAt, 8}};
+    const DdsFields r8 = {{BitCountAt, 8}};
     const QByteArray damaged[] = {
         makeDds(8, 8, 2, "DXT1", QByteArray(39, '\0')), // one byte short
         makeDds(4, 4, 1, "DXT1", {}).left(127),

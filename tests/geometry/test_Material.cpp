@@ -3,14 +3,12 @@
 
 #include "GlFunctions.h"
 #include "GlTestContext.h"
-#include "ImageCheck.h"
 #include "LogCapture.h"
 #include "QtPrinters.h"
 #include "Settings.h"
 #include "ShaderLoader.h"
 
 #include <QDomDocument>
-#include <QImage>
 #include <QOpenGLFunctions_3_2_Core>
 #include <QOpenGLShaderProgram>
 
@@ -170,14 +168,9 @@ TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
         {{"normalmap_specmap_dual"}, BumpedDual, NoLightingDual},
         {{"lightonly_alpha", "lightonly_uvtransform_alpha"}, LightingOnlyAlpha, NoLighting},
         {{"lightonly", "lightonly_skinned"}, LightingOnly, NoLighting},
-        {{"normalmap_specmap", "normalmap_specmap_skinned", "normalmap_specmap_uvtransform_skinned",
-          "PBS_tank_old", "PBS_tank_old_skinned", "PBS_tank_old_uvtransform_skinned"},
-         Bumped,
-         NoLighting},
+        {{"normalmap_specmap", "PBS_tank_old_uvtransform_skinned"}, Bumped, NoLighting},
         {{"PBS_ext_dual"}, BumpedPbsDual, NoLightingDual},
-        {{"PBS_ext", "PBS_tank", "PBS_tank_skinned", "PBS_tank_uvtransform_skinned"},
-         BumpedPbs,
-         NoLighting}};
+        {{"PBS_ext", "PBS_tank_uvtransform_skinned"}, BumpedPbs, NoLighting}};
     for (const auto& [effects, lit, unlit] : groups) {
         for (const QString& effect : effects)
             EXPECT_EQ(MaterialLoader::shadersForEffect("shaders/std_effects/" + effect + ".fx"),
@@ -239,37 +232,4 @@ TEST_F(MaterialTest, ApplySetsBlendCullProgramAndTextureUnits)
     unlit.name = "turret_equipment_01";
     unlit.apply();
     EXPECT_EQ(uniformValue(unlit, "camoEnabled"), 0);
-}
-
-TEST_F(MaterialTest, UnlitQuadShowsItsDiffuseTexture)
-{
-    QOpenGLFramebufferObject& target = context.makeTarget(8, 8);
-    gl().glViewport(0, 0, 8, 8);
-    gl().glClearColor(0, 0, 0, 1);
-    gl().glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-
-    Material material(Material::Unlit);
-    material.textures.insert(Material::DiffuseSlot, makeTexture(qRgba(0x33, 0x99, 0xcc, 0xff)));
-    material.apply();
-    const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    gl().glUniformMatrix4fv(material.shader->uniformLocation("ModelViewProj"), 1, GL_FALSE,
-                            identity);
-
-    // x, y, z, u, v of a strip facing the viewer.
-    const float quad[] = {-1, -1, 0, 0, 0, 1, -1, 0, 1, 0, -1, 1, 0, 0, 1, 1, 1, 0, 1, 1};
-    GLuint vao = 0, vbo = 0;
-    gl().glGenVertexArrays(1, &vao);
-    gl().glBindVertexArray(vao);
-    gl().glGenBuffers(1, &vbo);
-    gl().glBindBuffer(GL_ARRAY_BUFFER, vbo);
-    gl().glBufferData(GL_ARRAY_BUFFER, sizeof(quad), quad, GL_STATIC_DRAW);
-    for (GLuint attribute : {0u, 1u}) {
-        gl().glEnableVertexAttribArray(attribute);
-        gl().glVertexAttribPointer(attribute, attribute ? 2 : 3, GL_FLOAT, GL_FALSE,
-                                   5 * sizeof(float),
-                                   reinterpret_cast<void*>(attribute * 3 * sizeof(float)));
-    }
-    gl().glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
-
-    EXPECT_PIXEL(target.toImage(), 4, 4, QColor(0x33, 0x99, 0xcc), 0);
 }

@@ -10,7 +10,6 @@
 #include "MarkerSphere.h"
 #include "MatrixStack.h"
 #include "QtPrinters.h"
-#include "RenderWidget.h"
 #include "Settings.h"
 #include "ShaderLoader.h"
 #include "TextOverlay.h"
@@ -87,17 +86,6 @@ TEST(OverlayPaintTest, StatisticsStartAtFifteenAloneAndAtHundredBelowTheVehicle)
     ASSERT_TRUE(overlay.paint(facts));
     ASSERT_EQ(overlay.image.size(), QSize(512, 512));
     EXPECT_NE(rowsWith(overlay.image.copy(511, 0, 1, 512), white).first, -1);
-}
-
-TEST(OverlayPaintTest, SwitchesThatChangeTheTextMarkTheOverlayDirty)
-{
-    RenderWidget view;
-    view.overlay.dirty = false;
-    view.toggleRenderInfo(true);
-    EXPECT_TRUE(view.overlay.dirty);
-    view.overlay.dirty = false;
-    view.armorToggle(true);
-    EXPECT_TRUE(view.overlay.dirty);
 }
 
 class OverlayGlTest : public testing::Test

@@ -109,54 +109,38 @@ TEST_F(ShaderLoaderTest, ProgramsUseTheFixedAttributeSlotsAndTheUniformsCallersS
     ASSERT_TRUE(load());
     const char* const slotNames[] = {"iVertPos", "iTexCoord0", "iTexCoord1", "iTexCoord2",
                                      "iNormal",  "iBinormal",  "iTangent",   "iGeneric0"};
-    for (int id = 0; id < ShaderCount; ++id) {
-        EXPECT_EQ(attributeLocation(loader->program(id), "iVertPos"), 0) << "id " << id;
-        for (int slot = 1; slot < 8; ++slot) {
-            const int location = attributeLocation(loader->program(id), slotNames[slot]);
-            EXPECT_TRUE(location == -1 || location == slot)
-                << shaderName(id).toStdString() << " " << slotNames[slot] << " at " << location;
-        }
-    }
-    // What the vertex layouts feed must be read where it matters.
-    const std::pair<int, const char*> used[] = {{Bumped, "iTexCoord0"},
-                                                {Bumped, "iNormal"},
-                                                {Bumped, "iBinormal"},
-                                                {Bumped, "iTangent"},
-                                                {BumpedPbs, "iTangent"},
-                                                {BumpedDual, "iTexCoord1"},
-                                                {BumpedPbsDual, "iTexCoord1"},
-                                                {NoLightingDual, "iTexCoord1"},
-                                                {LightingOnly, "iNormal"},
-                                                {CollisionLighting, "iNormal"},
-                                                {Grid, "iGeneric0"}};
-    for (auto [id, name] : used)
-        EXPECT_NE(attributeLocation(loader->program(id), name), -1) << id << " " << name;
-    EXPECT_EQ(attributeLocation(loader->camoSaverProgram(), "iTexCoord0"), 1);
-    EXPECT_EQ(attributeLocation(loader->lineProgram(), "iColorPos"), 1);
-
-    const QStringList lit = {"ModelViewProj", "ModelView",    "Model",      "NormalMatrix",
-                             "View",          "DepthBias",    "lightPos",   "lightDiffuse",
-                             "lightAmbient",  "alphaRef",     "shadowMap",  "shadowEnabled",
-                             "shadowSamples", "shadowDivide", "diffuseMap0"};
+    // What the vertex layouts feed must be read at its fixed slot.
+    // clang-format off
+    const std::pair<QList<int>, QList<int>> read[] = {
+        {{Bumped, BumpedPbs}, {1, 4, 5, 6}}, {{BumpedDual, BumpedPbsDual, NoLightingDual}, {1, 2}},
+        {{LightingOnly, CollisionLighting}, {4}}, {{Grid}, {7}}};
+    const QStringList lit = {"ModelViewProj", "ModelView", "Model", "NormalMatrix", "View",
+        "DepthBias", "lightPos", "lightDiffuse", "lightAmbient", "alphaRef", "shadowMap",
+        "shadowEnabled", "shadowSamples", "shadowDivide", "diffuseMap0"};
     const QStringList camo = {"camoEnabled", "camoTiling", "camoColor0", "camoColor1",
-                              "camoColor2",  "camoColor3", "camoMap",    "exclusionMap"};
-    const QStringList pbs = {"normalMap",      "dxt1NormalMap", "glossMap",   "detailMap",
-                             "detailMetallic", "detailTile",    "detailPower"};
-    const std::pair<QList<int>, QStringList> active[] = {
-        {{Bumped, BumpedDual, BumpedPbs, BumpedPbsDual, LightingOnly, LightingOnlyAlpha},
-         lit + camo},
+        "camoColor2", "camoColor3", "camoMap", "exclusionMap"};
+    const std::pair<QList<int>, QStringList> set[] = {
+        {{Bumped, BumpedDual, BumpedPbs, BumpedPbsDual, LightingOnly, LightingOnlyAlpha}, lit + camo},
         {{Bumped, BumpedDual}, {"normalMap", "specularMap", "dxt1NormalMap"}},
-        {{BumpedPbs, BumpedPbsDual}, pbs},
+        {{BumpedPbs, BumpedPbsDual}, {"normalMap", "dxt1NormalMap", "glossMap", "detailMap",
+                                      "detailMetallic", "detailTile", "detailPower"}},
         {{BumpedDual, BumpedPbsDual, NoLightingDual}, {"diffuseMap1"}},
         {{NoLighting, NoLightingDual, NoLightingAlpha},
          QStringList{"ModelViewProj", "diffuseMap0", "diffuseColor", "alphaRef"} + camo},
-        {{Wireframe, CollisionNoLighting}, {"ModelViewProj", "diffuseColor"}},
-        {{CollisionLighting},
-         {"ModelViewProj", "ModelView", "Model", "NormalMatrix", "View", "diffuseColor", "lightPos",
-          "lightDiffuse", "lightAmbient"}},
-        {{Depth}, {"ModelViewProj"}},
-        {{Font}, {"diffuseMap0"}}};
-    for (const auto& [ids, names] : active)
+        {{Wireframe, CollisionNoLighting, CollisionLighting}, {"ModelViewProj", "diffuseColor"}},
+        {{CollisionLighting}, {"NormalMatrix", "lightPos", "lightDiffuse", "lightAmbient"}},
+        {{Depth}, {"ModelViewProj"}}, {{Font}, {"diffuseMap0"}}};
+    // clang-format on
+    for (int id = 0; id < ShaderCount; ++id)
+        EXPECT_EQ(attributeLocation(loader->program(id), "iVertPos"), 0) << "id " << id;
+    for (const auto& [ids, attributes] : read)
+        for (int id : ids)
+            for (int slot : attributes)
+                EXPECT_EQ(attributeLocation(loader->program(id), slotNames[slot]), slot)
+                    << shaderName(id).toStdString() << " " << slotNames[slot];
+    EXPECT_EQ(attributeLocation(loader->camoSaverProgram(), "iTexCoord0"), 1);
+    EXPECT_EQ(attributeLocation(loader->lineProgram(), "iColorPos"), 1);
+    for (const auto& [ids, names] : set)
         for (int id : ids)
             for (const QString& name : names)
                 EXPECT_GE(loader->program(id)->uniforms.value(name, -1), 0)
