@@ -168,9 +168,14 @@ TEST_F(MaterialTest, EffectNamesMapOntoPrograms)
         {{"normalmap_specmap_dual"}, BumpedDual, NoLightingDual},
         {{"lightonly_alpha", "lightonly_uvtransform_alpha"}, LightingOnlyAlpha, NoLighting},
         {{"lightonly", "lightonly_skinned"}, LightingOnly, NoLighting},
-        {{"normalmap_specmap", "PBS_tank_old_uvtransform_skinned"}, Bumped, NoLighting},
+        {{"normalmap_specmap", "normalmap_specmap_skinned", "normalmap_specmap_uvtransform_skinned",
+          "PBS_tank_old", "PBS_tank_old_skinned", "PBS_tank_old_uvtransform_skinned"},
+         Bumped,
+         NoLighting},
         {{"PBS_ext_dual"}, BumpedPbsDual, NoLightingDual},
-        {{"PBS_ext", "PBS_tank_uvtransform_skinned"}, BumpedPbs, NoLighting}};
+        {{"PBS_ext", "PBS_tank", "PBS_tank_skinned", "PBS_tank_uvtransform_skinned"},
+         BumpedPbs,
+         NoLighting}};
     for (const auto& [effects, lit, unlit] : groups) {
         for (const QString& effect : effects)
             EXPECT_EQ(MaterialLoader::shadersForEffect("shaders/std_effects/" + effect + ".fx"),

@@ -10,6 +10,7 @@
 #include "MarkerSphere.h"
 #include "MatrixStack.h"
 #include "QtPrinters.h"
+#include "RenderWidget.h"
 #include "Settings.h"
 #include "ShaderLoader.h"
 #include "TextOverlay.h"
@@ -86,6 +87,17 @@ TEST(OverlayPaintTest, StatisticsStartAtFifteenAloneAndAtHundredBelowTheVehicle)
     ASSERT_TRUE(overlay.paint(facts));
     ASSERT_EQ(overlay.image.size(), QSize(512, 512));
     EXPECT_NE(rowsWith(overlay.image.copy(511, 0, 1, 512), white).first, -1);
+}
+
+TEST(OverlayPaintTest, SwitchesThatChangeTheTextMarkTheOverlayDirty)
+{
+    RenderWidget view;
+    for (const auto& toggle : {std::function<void()>([&] { view.toggleRenderInfo(true); }),
+                               std::function<void()>([&] { view.armorToggle(true); })}) {
+        view.overlay.dirty = false;
+        toggle();
+        EXPECT_TRUE(view.overlay.dirty);
+    }
 }
 
 class OverlayGlTest : public testing::Test
