@@ -28,12 +28,6 @@ QStringList fileLines(const TestRoot& root)
     return lines;
 }
 
-// A line without its leading time.
-QString withoutTime(const QString& line)
-{
-    return line.section(QLatin1Char('['), 1).prepend(QLatin1Char('['));
-}
-
 class LogTest : public testing::Test
 {
 protected:
@@ -68,12 +62,13 @@ TEST_F(LogTest, EachRunWritesHeaderThenUtf8MessagesWithUnpaddedTimeAndCrLf)
     for (const QString& line : lines)
         EXPECT_TRUE(timeMark.match(line).hasMatch()) << line.toStdString();
 
-    EXPECT_TRUE(withoutTime(lines[0]).startsWith("[ Info ] OS Version: "));
-    EXPECT_EQ(withoutTime(lines[1]), "[ Info ] Ferrox Version: 1.0.17 x64");
-    EXPECT_TRUE(withoutTime(lines[2]).contains(
-        QRegularExpression("^\\[ Info \\] Cpu Count: [1-9][0-9]*$")));
-    EXPECT_TRUE(withoutTime(lines[3]).startsWith("[ Info ] QT Version: 6."));
-    EXPECT_TRUE(withoutTime(lines[4]).startsWith("[ Info ] Local Language: "));
+    const char* header[] = {"OS Version: .+", "Ferrox Version: 1\\.0\\.17 x64",
+                            "Cpu Count: [1-9][0-9]*", "QT Version: 6\\..*", "Local Language: .+"};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(QRegularExpression(QString("\\[ Info \\] ") + header[i] + "$")
+                        .match(lines[i])
+                        .hasMatch())
+            << lines[i].toStdString();
     EXPECT_EQ(lines.mid(5).replaceInStrings(QRegularExpression("^[0-9:]*"), ""),
               (QStringList{"[ Info ] Loading zip archives.", "[ Warning ] careful",
                            "[ Error ] broken", "[ Info ] Škoda Ж", "[ Info ] Log shutting down."}));
@@ -103,47 +98,4 @@ TEST_F(LogTest, KeepsTextPerLevelAndWritesEachLineAtOnce)
     EXPECT_TRUE(log.allText.endsWith(
         "[ Warning ] first warning\r\n[ Error ] an error\r\n[ Warning ] second\nwarning\r\n"));
     EXPECT_FALSE(log.allText.contains(":["));
-}
-
-TEST_F(LogTest, WithoutALogMessagesGoToTheFallbackSink)
-{
-    QStringList seen;
-    Log::setFallbackSink([&seen](const QString& message, int level) {
-        seen.append(QString::number(level) + message);
-    });
-    Log::log("no log yet", Log::Warning);
-    {
-        Log log;
-        Log::log("to the log", Log::Info);
-    }
-    Log::log("log gone", Log::Error);
-    Log::setFallbackSink({});
-
-    EXPECT_EQ(seen, QStringList({"1no log yet", "2log gone"}));
-    EXPECT_EQ(Log::instance(), nullptr);
-}
-
-TEST_F(LogTest, UnwritableUserDirectoryGathersBothStartupMessagesUntilStartupEnds)
-{
-    // A file where the user directory should be cannot be entered, even by
-    // root, for whom permission bits would not count.
-    QDir(root.dataDirectory()).removeRecursively();
-    root.writeFile("data", "not a folder");
-
-    Log log;
-    Log::log("kept in memory", Log::Info);
-
-    ASSERT_TRUE(startupErrorPending());
-    const QString text = takeStartupError();
-    const QString issue = ",this is most likely a permissions issue.\nPlease check that you have "
-                          "sufficient write access to: " +
-                          root.dataDirectory();
-    EXPECT_EQ(text, "Could not create user directory" + issue + "Could not open log file" + issue);
-    EXPECT_TRUE(log.allText.contains("kept in memory"));
-
-    // Reports after start-up finished are dropped.
-    markStartupFinished();
-    reportStartupError("too late");
-    EXPECT_FALSE(startupErrorPending());
-    EXPECT_TRUE(takeStartupError().isEmpty());
 }

@@ -28,28 +28,15 @@ QByteArray word(quint32 value)
     return bytes;
 }
 
-// Padding bytes are not zero, so a reader that leans on them is caught.
-QByteArray padded(QByteArray bytes)
-{
-    while (bytes.size() % 4)
-        bytes.append('\xEE');
-    return bytes;
-}
-
 QByteArray tableEntry(quint32 sizeWord, const QByteArray& name)
 {
-    return word(sizeWord) + QByteArray(16, '\0') + word(quint32(name.size())) + padded(name);
+    return primitives::tableEntry(sizeWord, name, '\xEE');
 }
 
-// A container with the payloads in table order and a table of L bytes.
+// Padding bytes are not zero, so a reader that leans on them is caught.
 QByteArray container(const QList<primitives::Chunk>& chunks)
 {
-    QByteArray payloads = word(primitivesMagic), table;
-    for (const auto& [name, data] : chunks) {
-        payloads += padded(data);
-        table += tableEntry(quint32(data.size()), name);
-    }
-    return payloads + table + word(quint32(table.size()));
+    return primitives::file(chunks, '\xEE');
 }
 
 bool parseBytes(PrimitiveParser& parser, QByteArray bytes)

@@ -1,5 +1,6 @@
 #include "TextureLoader.h"
 
+#include "DdsBuilder.h"
 #include "DdsImage.h"
 #include "FileManager.h"
 #include "GlFunctions.h"
@@ -27,21 +28,7 @@ constexpr GLenum MaxTextureMaxAnisotropy = 0x84FF;
 // A DXT1 file of width x height with mipCount levels of grey blocks.
 QByteArray dxt1Dds(int width, int height, int mipCount = 1)
 {
-    QByteArray bytes(128, '\0');
-    const quint32 fields[][2] = {{0, 0x20534444},
-                                 {4, 124},
-                                 {12, quint32(height)},
-                                 {16, quint32(width)},
-                                 {28, quint32(mipCount)},
-                                 {76, 32},
-                                 {80, 4},
-                                 {84, 0x31545844}};
-    for (const auto& [offset, value] : fields)
-        qToLittleEndian(value, bytes.data() + offset);
-    for (int level = 0; level < mipCount; ++level)
-        bytes += QByteArray(
-            std::max(1, (width >> level) / 4) * std::max(1, (height >> level) / 4) * 8, '\x55');
-    return bytes;
+    return makeDds(width, height, mipCount, "DXT1", dxt1Blocks(width, height, mipCount));
 }
 
 QOpenGLFunctions_3_2_Core& gl()

@@ -26,10 +26,10 @@ inline void appendFloat(QByteArray& out, float value)
     appendU32(out, bits);
 }
 
-inline void padTo4(QByteArray& out)
+inline void padTo4(QByteArray& out, char fill = '\0')
 {
     while (out.size() % 4)
-        out.append('\0');
+        out.append(fill);
 }
 
 inline QByteArray formatName(const QByteArray& name)
@@ -41,19 +41,29 @@ inline QByteArray formatName(const QByteArray& name)
 
 using Chunk = QPair<QByteArray, QByteArray>; // name, payload
 
-inline QByteArray file(const QList<Chunk>& chunks)
+// One entry of the chunk table; the top bit of sizeWord is a flag.
+inline QByteArray tableEntry(quint32 sizeWord, const QByteArray& name, char fill = '\0')
+{
+    QByteArray entry;
+    appendU32(entry, sizeWord);
+    entry.append(QByteArray(16, '\0'));
+    appendU32(entry, quint32(name.size()));
+    entry.append(name);
+    padTo4(entry, fill);
+    return entry;
+}
+
+// `fill` pads payloads and names, so a reader that leans on zero padding
+// can be caught.
+inline QByteArray file(const QList<Chunk>& chunks, char fill = '\0')
 {
     QByteArray out;
     appendU32(out, 0x42A14E65);
     QByteArray table;
     for (const Chunk& chunk : chunks) {
         out.append(chunk.second);
-        padTo4(out);
-        appendU32(table, quint32(chunk.second.size()));
-        table.append(QByteArray(16, '\0'));
-        appendU32(table, quint32(chunk.first.size()));
-        table.append(chunk.first);
-        padTo4(table);
+        padTo4(out, fill);
+        table.append(tableEntry(quint32(chunk.second.size()), chunk.first, fill));
     }
     out.append(table);
     appendU32(out, quint32(table.size()));
