@@ -13,7 +13,8 @@ endforeach()
 add_custom_target(ferrox_data ALL DEPENDS ${FERROX_DATA_OUTPUTS})
 
 # The generator keeps a stamp and returns at once when nothing changed.
-file(GLOB FERROX_GENERATOR_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tools/*.py)
+file(GLOB FERROX_GENERATOR_SOURCES CONFIGURE_DEPENDS
+  ${CMAKE_SOURCE_DIR}/tools/*.py ${CMAKE_SOURCE_DIR}/tools/gavrel_sample/*.py)
 add_custom_target(sample_game ALL
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tools/make_sample_game.py
           --out ${FERROX_SAMPLE_GAME_DIR}
