@@ -5,7 +5,8 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-from .game_data import CATEGORIES, MENU_ALL_KEY, MENU_ALL_TEXT, SEASONS, camo_key, gun_tag, turret_tag
+from .game_data import (CATEGORIES, MENU_ALL_KEY, MENU_ALL_TEXT, MOD_VEHICLE, SEASONS,
+                        TURRET_TEXTS, camo_key, gun_tag, turret_tag, vehicle_turrets)
 
 class GenerationError(Exception):
     pass
@@ -32,6 +33,14 @@ def catalogues(nations):
                 (turret_tag(v), f"{v.name} turret"),
                 (gun_tag(v), f"{v.name} main gun"),
             ]
+            tags = [(tag, [g for g, _ in guns]) for tag, _, guns in vehicle_turrets(v)]
+            if v.model == MOD_VEHICLE:
+                tags.append((f"{turret_tag(v)}_Mod", []))
+            entries += [(tag, TURRET_TEXTS.get(tag, f"{v.name} turret {tag.rsplit('_', 1)[-1]}"))
+                        for tag, _ in tags if tag != turret_tag(v)]
+            entries += [(gun, f"{v.name} gun {gun.rsplit('_', 1)[-1]}")
+                        for gun in dict.fromkeys(g for _, guns in tags for g in guns)
+                        if gun != gun_tag(v)]
         entries += [(camo_key(nation, season), f"{nation.display} {season} pattern")
                     for season in SEASONS + ("event",)]
         result[nation.catalogue] = entries

@@ -104,7 +104,7 @@ SAMPLE_NATIONS = (
     ), list_place="shared_content.pkg", defs_archive="vehicles_level_02.pkg",
         armor_color=(110, 98, 70, 255)),
     Nation("drevnia", "Drevnia", "Drevnia", (
-        Vehicle("D02_Ironmoth", "Ironmoth", MEDIUM, 2),
+        Vehicle("D02_Ironmoth", "Ironmoth", MEDIUM, 2, plain_file=True),
         Vehicle("D03_Zhuk", "Жук", LIGHT, 3),
         Vehicle("D04_Gorge", "Gorge", ARTY, 4),
         Vehicle("D07_Sentinel", "Sentinel", TD, 7),
@@ -180,10 +180,69 @@ def turret_tag(vehicle):
     return f"{vehicle.model}_Turret"
 
 
-def vehicle_tree(nation, vehicle):
-    """A vehicle file: hull, chassis and one turret with one gun, with model
-    paths below DataPath/<model folder>, positions, hit points and armour."""
-    root = f"{nation.data_path}/{vehicle.model_folder}"
+# The vehicles with model files, and the cases of a vehicle file that each
+# carries: turrets0 as (turret tag, part, [(gun tag, part)]). Gun tags ending
+# in "_Gun" or "_Gun_3" are "shared" (name and limits from components/guns.xml);
+# the others carry their own. The first turret and gun are always Turret_01
+# and Gun_01.
+MODEL_TURRETS = {
+    "A01_Talon": [
+        ("A01_Talon_Turret", "Turret_01", [("A01_Talon_Gun", "Gun_01"),
+                                           ("A01_Talon_Gun_L2", "Gun_02")]),
+        ("A01_Talon_Turret_2", "Turret_02", [("A01_Talon_Gun_L2", "Gun_02"),
+                                             ("A01_Talon_Gun_3", "Gun_03")])],
+    # two turret elements whose names translate alike: one turret, two guns
+    "B01_Kestrel": [
+        ("B01_Kestrel_Turret", "Turret_01", [("B01_Kestrel_Gun", "Gun_01")]),
+        ("B01_Kestrel_Turret_Early", "Turret_01", [("B01_Kestrel_Gun_Early", "Gun_02")])],
+    "C02_Basilisk": [
+        ("C02_Basilisk_Turret", "Turret_01", [("C02_Basilisk_Gun", "Gun_01"),
+                                              ("C02_Basilisk_Gun_L2", "Gun_02")]),
+        ("C02_Basilisk_Turret_2", "Turret_02", [("C02_Basilisk_Gun_3", "Gun_03")])],
+    "D02_Ironmoth": [
+        ("D02_Ironmoth_Turret", "Turret_01", [("D02_Ironmoth_Gun", "Gun_01")]),
+        ("D02_Ironmoth_Turret_2", "Turret_02", [("D02_Ironmoth_Gun_L2", "Gun_02"),
+                                                ("D02_Ironmoth_Gun_3", "Gun_03")])],
+    "C03_Wyvern_v2": [
+        ("C03_Wyvern_v2_Turret", "Turret_01", [("C03_Wyvern_v2_Gun", "Gun_01"),
+                                               ("C03_Wyvern_v2_Gun_L2", "Gun_02")])],
+    # loads that fail: no turrets0 at all, and a turret without a gun; their
+    # hull and chassis are those of another vehicle, which load
+    "A05_Harrow": [],
+    "B06_Marauder": [("B06_Marauder_Turret", "Turret_01", [])],
+}
+BORROWED_MODELS = {"A05_Harrow": "A01_Talon", "B06_Marauder": "B01_Kestrel"}
+# Translations that differ from "<name> turret" and "<name> gun N".
+TURRET_TEXTS = {"B01_Kestrel_Turret_Early": "Kestrel turret",
+                "C02_Basilisk_Turret_Mod": "Basilisk turret (mod)"}
+EXCLUSION_MASK_VEHICLE = "A01_Talon"   # camouflage/exclusionMask of the vehicle
+HULL_MASK_VEHICLE = "B01_Kestrel"      # only hull/camouflage/exclusionMask
+MASKED_TURRET = "A01_Talon_Turret_2"   # camouflage mask and tiling of its own
+MASKED_GUN = "A01_Talon_Gun_L2"        # mask, tiling, turretYawLimits, extraPitchLimits
+MOD_VEHICLE = "C02_Basilisk"           # a changed copy of its file lies in the mod folder
+MOD_HULL_HEALTH = 4321
+
+
+def is_shared_gun(tag):
+    return tag.endswith(("_Gun", "_Gun_3"))
+
+
+def vehicle_turrets(vehicle):
+    """turrets0 of the vehicle as (turret tag, part, [(gun tag, part)])."""
+    default = [(turret_tag(vehicle), "Turret_01", [(gun_tag(vehicle), "Gun_01")])]
+    return MODEL_TURRETS.get(vehicle.model, default)
+
+
+def own_gun_tags(nation):
+    return [(v, tag) for v in nation.vehicles for _, _, guns in vehicle_turrets(v)
+            for tag, _ in guns if not is_shared_gun(tag)]
+
+
+def vehicle_tree(nation, vehicle, mod=False):
+    """A vehicle file: hull, chassis and turrets with their guns, with model
+    paths below DataPath/<model folder>, positions, hit points and armour;
+    mod: the changed copy that lies in the mod folder."""
+    root = f"{nation.data_path}/{BORROWED_MODELS.get(vehicle.model, vehicle.model_folder)}"
     tier = vehicle.tier or 1
 
     def models(part):
@@ -193,11 +252,15 @@ def vehicle_tree(nation, vehicle):
     def hit_tester(part, path=None):
         return {"collisionModel": path or f"{root}/collision_client/{part}.model"}
 
+    def camouflage(kind, tiling=None):
+        mask = {"exclusionMask": f"{root}/{kind}_CM.dds"}
+        return {**mask, "tiling": Floats(tiling)} if tiling else mask
+
     digest = hashlib.sha256(f"{nation.folder}/{vehicle.model}".encode("utf-8")).digest()
     hull = {
         "models": models("Hull"),
         "hitTester": hit_tester("Hull"),
-        "maxHealth": 120 + 60 * tier,
+        "maxHealth": MOD_HULL_HEALTH if mod else 120 + 60 * tier,
         "turretPositions": {"turret": Floats(0.0, 1.1 + 0.05 * tier, -0.25)},
         "emblemSlots": {"slot": {
             "transform": Floats(1, 0, 0, 0, 1, 0, 0, 0, 1, 0.5, 1.25, 2.0),
@@ -212,6 +275,8 @@ def vehicle_tree(nation, vehicle):
             ("armor_3", Element(8 + tier, {"vehicleDamageFactor": 0})),
         ]),
     }
+    if vehicle.model == HULL_MASK_VEHICLE:
+        hull["camouflage"] = camouflage("Hull")
     chassis_collision = None
     if vehicle.model == "A01_Talon":  # a doubled slash the reader folds
         chassis_collision = f"{root}//collision_client/Chassis.model"
@@ -222,34 +287,57 @@ def vehicle_tree(nation, vehicle):
         "hullPosition": Floats(0.0, 0.38, 0.0),
         "armor": {"leftTrack": 10, "rightTrack": 10},
     }}
-    gun = Element("shared", {  # takes name and limits from components/guns.xml
-        "models": models("Gun_01"),
-        "hitTester": hit_tester("Gun_01"),
-        "armor": {"gun": 15 + 3 * tier},
-    })
-    turret = {
-        "userString": f"#{nation.catalogue}:{turret_tag(vehicle)}",
-        "models": models("Turret_01"),
-        "hitTester": hit_tester("Turret_01"),
-        "maxHealth": 60 + 15 * tier,
-        "gunPosition": Floats(0.0, 0.42, 0.95),
-        "guns": {gun_tag(vehicle): gun},
-        "armor": {"turret_front": 30 + 6 * tier, "turret_side": 20 + 4 * tier},
-    }
-    if vehicle.category in (TD, ARTY):
-        turret["yawLimits"] = "-12 12"
-    return {"hull": hull, "chassis": chassis, "turrets0": {turret_tag(vehicle): turret}}
+
+    def gun(tag, part):
+        entry = {"models": models(part), "hitTester": hit_tester(part),
+                 "armor": {"gun": 15 + 3 * tier}}
+        if is_shared_gun(tag):  # takes name and limits from components/guns.xml
+            return Element("shared", entry)
+        entry["pitchLimits"] = "-25 12"
+        if tag == MASKED_GUN:
+            entry.update(turretYawLimits="-30 30", camouflage=camouflage("Gun", (2, 1, 0, 0)),
+                         extraPitchLimits=Element(None, [
+                             ("front", "10 -2 0"), ("back", "170 -4 0"), ("side", "90 -3 0")]))
+        return entry
+
+    turrets = []
+    for tag, part, guns in vehicle_turrets(vehicle):
+        key = "C02_Basilisk_Turret_Mod" if mod and tag == turret_tag(vehicle) else tag
+        turret = {
+            "userString": f"#{nation.catalogue}:{key}",
+            "models": models(part),
+            "hitTester": hit_tester(part),
+            "maxHealth": 60 + 15 * tier,
+            "gunPosition": Floats(0.0, 0.42, 0.95),
+        }
+        if guns:
+            turret["guns"] = Element(None, [(gun_tag_, gun(gun_tag_, gun_part))
+                                            for gun_tag_, gun_part in guns])
+        turret["armor"] = {"turret_front": 30 + 6 * tier, "turret_side": 20 + 4 * tier}
+        if tag == MASKED_TURRET:
+            turret["camouflage"] = camouflage("Turret", (1.5, 1.5, 0, 0))
+        if vehicle.category in (TD, ARTY):
+            turret["yawLimits"] = "-12 12"
+        turrets.append((tag, turret))
+    tree = {"hull": hull, "chassis": chassis}
+    if vehicle.model == EXCLUSION_MASK_VEHICLE:
+        tree = {"camouflage": camouflage("Tank"), **tree}
+    if turrets:
+        tree["turrets0"] = Element(None, turrets)
+    return tree
 
 
 def guns_tree(nation):
     """components/guns.xml: shared/<gun tag> with name and limits."""
     shared = {}
     for v in nation.vehicles:
-        entry = {"userString": f"#{nation.catalogue}:{gun_tag(v)}",
-                 "pitchLimits": "-20 8" if v.category != ARTY else "-45 0"}
-        if v.category in (TD, ARTY):
-            entry["turretYawLimits"] = "-12 12"
-        shared[gun_tag(v)] = entry
+        for tag in [gun for _, _, guns in vehicle_turrets(v) for gun, _ in guns
+                    if is_shared_gun(gun)]:
+            entry = {"userString": f"#{nation.catalogue}:{tag}",
+                     "pitchLimits": "-20 8" if v.category != ARTY else "-45 0"}
+            if v.category in (TD, ARTY):
+                entry["turretYawLimits"] = "-12 12"
+            shared[tag] = entry
     return {"shared": shared}
 
 
@@ -320,6 +408,14 @@ def nation_files(nation):
                       xml_file(f"{v.model}.xml", vehicle_tree(nation, v), v.plain_file),
                       nation.defs_archive))
     return files
+
+
+def mod_files(nations):
+    """(name, bytes) of the mod folder: the changed vehicle file, under the
+    lower-case name the vehicle table keeps."""
+    return [(f"{n.res_path}/{v.model}.xml".lower(),
+             xml_file(f"{v.model}.xml", vehicle_tree(n, v, mod=True), v.plain_file))
+            for n in nations for v in n.vehicles if v.model == MOD_VEHICLE]
 
 
 def game_data_members(nations, archive):

@@ -3,7 +3,8 @@ garage_basic.pkg, named by the program's garages.cfg, not by resources.cfg)
 and the shared models of shared_content.pkg."""
 from . import geometry as gavrel_geometry
 from .archives import DEFLATED, STORED, Member
-from .models import flag_property, material, model_file, node, primitives_bytes, texture_property, visual_tree
+from .models import (flag_property, material, model_file, node, primitives_bytes,
+                     texture_property, visual_tree)
 from .packed_xml import encode
 from .textures import DETAIL_SIZE, texture
 

@@ -15,9 +15,10 @@ from .archives import hangar_members, png_member, write_package
 from .bulk import BULK_MEMBERS_PER_ARCHIVE, bulk_members, bulk_package_name
 from .catalogues import MSGFMT_MISSING, GenerationError, write_catalogues
 from .game_data import (BULK_DEFS_PACKAGE, BULK_VEHICLES_PER_SCALE, SAMPLE_NATIONS, all_nations,
-                        bulk_nations, game_data_members, write_game_data_files, write_tank_list)
+                        bulk_nations, game_data_members, mod_files, write_game_data_files,
+                        write_tank_list)
 from .garages import GARAGE_PACKAGES, garage_members, shared_model_members
-from .vehicles import EXTRA_MODEL_FOLDERS, SAMPLE_TANKS, vehicles_level_members
+from .vehicles import EXTRA_MODEL_FOLDERS, SAMPLE_TANKS, heavy_members, vehicles_level_members
 
 PACKAGE_DIR = Path(__file__).resolve().parent
 ENTRY_POINT = PACKAGE_DIR.parent / "make_sample_game.py"
@@ -25,6 +26,7 @@ ENTRY_POINT = PACKAGE_DIR.parent / "make_sample_game.py"
 # Bump when the output changes in a way a stamp digest would not show.
 GENERATOR_VERSION = 3
 STAMP_NAME = ".ferrox-sample-stamp"
+MOD_MARKER_NAME = ".ferrox-sample-mod"  # marks a mod folder as written here
 
 MARKER_NAME = "Gavrel.exe"
 RESOURCES_LIST_NAME = "ferrox-resources.cfg"
@@ -139,8 +141,11 @@ def generate(out, scale, with_broken):
             name = bulk_package_name(index)
             write_package(packages_dir / name, bulk_members(index))
             listed.append(name)
+        bulk = bulk_nations(scale)
+        heavy = bulk[0].vehicles[0]  # its vehicle file names these model files
         write_package(packages_dir / BULK_DEFS_PACKAGE,
-                      game_data_members(bulk_nations(scale), BULK_DEFS_PACKAGE))
+                      game_data_members(bulk, BULK_DEFS_PACKAGE)
+                      + heavy_members(bulk[0].data_name, heavy.model_folder))
         listed.append(BULK_DEFS_PACKAGE)
     for space, name in GARAGE_PACKAGES.items():
         write_package(packages_dir / name, garage_members(space))
@@ -152,6 +157,16 @@ def generate(out, scale, with_broken):
         write_broken_package(packages_dir)
     write_resources_list(out / RESOURCES_LIST_NAME, listed)
     write_tank_list(out / TANK_LIST_NAME, nations)
+
+
+def write_mod_folder(mod_out):
+    """The mod folder beside the game: files that the program finds before
+    the game's own."""
+    for name, data in mod_files(SAMPLE_NATIONS):
+        path = mod_out / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(data)
+    (mod_out / MOD_MARKER_NAME).write_text("written by make_sample_game.py\n", encoding="utf-8")
 
 
 def generator_sources():
@@ -196,6 +211,8 @@ def parse_arguments(argv):
                         help="1: the small sample (default); N >= 2 adds N bulk "
                              f"archives of {BULK_MEMBERS_PER_ARCHIVE} members each and "
                              f"{BULK_VEHICLES_PER_SCALE} * N vehicles in extra nations")
+    parser.add_argument("--mod-out", type=Path,
+                        help="also write a mod folder with files that override the game's")
     parser.add_argument("--force", action="store_true",
                         help="rewrite even when the stamp says the folder is up to date")
     parser.add_argument("--with-broken", action="store_true",
@@ -207,7 +224,8 @@ def main(argv=None):
     args = parse_arguments(argv)
     out = args.out
     stamp_path = out / STAMP_NAME
-    wanted = stamp_text(args.scale, args.with_broken)
+    mod_out = args.mod_out
+    wanted = stamp_text(args.scale, args.with_broken) + f"mod-out {mod_out and mod_out.resolve()}\n"
 
     if out.exists() and not out.is_dir():
         print(f"make_sample_game: {out} exists and is not a folder", file=sys.stderr)
@@ -215,17 +233,21 @@ def main(argv=None):
     if out.is_dir():
         has_stamp = stamp_path.is_file()
         if (has_stamp and not args.force and (out / MARKER_NAME).is_file()
-                and stamp_path.read_text(encoding="utf-8") == wanted):
+                and stamp_path.read_text(encoding="utf-8") == wanted
+                and (not mod_out or (mod_out / MOD_MARKER_NAME).is_file())):
             return 0
-        if not has_stamp and any(out.iterdir()):
-            print(f"make_sample_game: {out} is not empty and was not written by this "
+    for folder, marker in ((out, STAMP_NAME), (mod_out, MOD_MARKER_NAME)):
+        if folder and folder.exists() and (not folder.is_dir() or (
+                not (folder / marker).is_file() and any(folder.iterdir()))):
+            print(f"make_sample_game: {folder} is not an empty folder written by this "
                   "generator; refusing to replace its contents", file=sys.stderr)
             return 2
     if not shutil.which("msgfmt"):  # before anything of an older run goes
         print(MSGFMT_MISSING, file=sys.stderr)
         return 3
-    if out.is_dir():
-        clear_folder(out)
+    for folder in (out, mod_out):
+        if folder and folder.is_dir():
+            clear_folder(folder)
     out.mkdir(parents=True, exist_ok=True)
 
     # A stamp that matches no arguments marks the folder as ours while it is
@@ -233,6 +255,9 @@ def main(argv=None):
     stamp_path.write_text("incomplete\n", encoding="utf-8")
     try:
         generate(out, args.scale, args.with_broken)
+        if mod_out:
+            mod_out.mkdir(parents=True, exist_ok=True)
+            write_mod_folder(mod_out)
     except GenerationError as error:
         print(error, file=sys.stderr)
         return 3

@@ -1,13 +1,9 @@
-"""Game data of the shared scale-1 installation: packed files, vehicle
-lists, categories, and the references between files."""
+"""Game data: packed files, references between files, the vehicle files' cases."""
 import unittest
 
 from .packed_xml import encode
 from .test_packed_xml import as_encoder_tree
-from .test_support import PACKED_MAGIC, load_xml, shared_installation, text
-
-CATEGORIES = {"lightTank", "mediumTank", "heavyTank", "AT-SPG", "SPG"}
-
+from .test_support import PACKED_MAGIC, VEHICLE_DEFS, load_xml, shared_installation, text
 
 class GameDataTest(unittest.TestCase):
     @classmethod
@@ -19,8 +15,7 @@ class GameDataTest(unittest.TestCase):
                  if data.startswith(PACKED_MAGIC)}
         self.assertGreater(len(files), 80)
         for name, data in files.items():
-            with self.subTest(name=name):
-                self.assertEqual(encode(as_encoder_tree(load_xml(data))), data)
+            self.assertEqual(encode(as_encoder_tree(load_xml(data))), data, name)
 
     def test_every_key_translates_and_every_texture_and_visual_exists(self):
         checked = 0
@@ -37,19 +32,48 @@ class GameDataTest(unittest.TestCase):
                 checked += 1
         self.assertGreater(checked, 1000)
 
-    def test_vehicle_lists_cover_categories_tiers_and_names(self):
-        rows = {}
-        for nation, model, entry in self.game.vehicles():
-            self.assertEqual(text(entry, "userString"), f"#{nation}_vehicles:{model}")
-            name = self.game.translate(text(entry, "userString"))
-            self.assertTrue(self.game.translate(text(entry, "description")).startswith(name + ": "))
-            if model != "Observer" and "training" not in model:
-                rows[model] = (name, text(entry, "tags").split()[0], text(entry, "level"))
-        self.assertEqual(len(rows), 25)
-        self.assertEqual({row[1] for row in rows.values()}, CATEGORIES)
-        self.assertEqual({int(row[2]) for row in rows.values() if row[2]}, set(range(1, 11)))
-        self.assertEqual([m for m, row in rows.items() if row[0] == "Sentinel"],
-                         ["B08_Sentinel", "D07_Sentinel"])
-        self.assertEqual(self.game.translate("#menu:nations/caldera"), "Caldera")
-        tags = self.game.xml("scripts/item_defs/item_types.xml").find("vehicle/tags")
-        self.assertEqual({tag.tag for tag in tags}, CATEGORIES)
+    def turrets(self, nation, model, mod=None):
+        """{turret name: [(gun tag, shared, gun)]} merged as the program does, and the root."""
+        name = f"{VEHICLE_DEFS}/{nation}/{model}.xml"
+        root = load_xml(mod.read_bytes()) if mod else self.game.xml(name)
+        shared_file = self.game.xml(f"{VEHICLE_DEFS}/{nation}/components/guns.xml")
+        merged = {}
+        for turret in root.findall("turrets0/*"):
+            guns = merged.setdefault(self.game.translate(text(turret, "userString")), [])
+            for gun in turret.findall("guns/*"):
+                shared = text(gun).lower().startswith("shared")
+                own = shared_file.find(f"shared/{gun.tag}") if shared else gun
+                self.assertTrue(self.game.translate(text(own, "userString") if shared
+                                                    else f"#{nation}_vehicles:{gun.tag}"))
+                self.assertTrue(text(own, "pitchLimits"))
+                guns.append((gun.tag, shared, gun))
+            for path in [text(turret, "models/undamaged")] + [
+                    text(g, "models/destroyed") for g in turret.findall("guns/*")]:
+                self.assertTrue(self.game.place(path[:-len("model")] + "visual"), path)
+        return merged, root
+
+    def test_vehicle_files_cover_the_cases_of_the_tank_loader(self):
+        talon, root = self.turrets("ardenia", "A01_Talon")
+        self.assertEqual([len(guns) for guns in talon.values()], [2, 2])
+        self.assertTrue(text(root, "camouflage/exclusionMask"))
+        tags = {tag: gun for guns in talon.values() for tag, _, gun in guns}
+        self.assertEqual([c.tag for c in tags["A01_Talon_Gun_L2"].find("extraPitchLimits")],
+                         ["front", "back", "side"])
+        self.assertEqual(text(tags["A01_Talon_Gun_L2"], "turretYawLimits"), "-30 30")
+        self.assertEqual({shared for guns in talon.values() for _, shared, _ in guns},
+                         {True, False})
+        turret2 = root.findall("turrets0/*")[1]
+        self.assertEqual((text(turret2, "yawLimits"),
+                          len(text(turret2, "camouflage/tiling").split())), ("", 4))
+        kestrel, root = self.turrets("borvia", "B01_Kestrel")
+        self.assertEqual((len(root.find("turrets0")), [len(g) for g in kestrel.values()]), (2, [2]))
+        self.assertTrue(text(root, "hull/camouflage/exclusionMask"))
+        self.assertIsNone(self.game.xml(f"{VEHICLE_DEFS}/ardenia/A05_Harrow.xml").find("turrets0"))
+        self.assertEqual(list(self.turrets("borvia", "B06_Marauder")[0].values()), [[]])
+        ironmoth = self.game.read(f"{VEHICLE_DEFS}/drevnia/d02_ironmoth.xml")
+        self.assertEqual((ironmoth.startswith(PACKED_MAGIC),
+                          len(self.turrets("drevnia", "D02_Ironmoth")[0])), (False, 2))
+        mod = self.game.out.parent / "game-mod" / f"{VEHICLE_DEFS}/caldera/c02_basilisk.xml"
+        basilisk, root = self.turrets("caldera", "C02_Basilisk", mod)
+        self.assertEqual((text(root, "hull/maxHealth"), list(basilisk)[0]),
+                         ("4321", "Basilisk turret (mod)"))

@@ -1,6 +1,5 @@
-"""Readers for the generator's self-checks, written from the file layouts and
-independent of the writers (packed XML, .primitives, DDS), and one shared
-scale-1 installation for the checks that only read."""
+"""Readers of packed XML, .primitives and DDS written from the file layouts, apart
+from the writers; one shared scale-1 installation for the checks that only read."""
 import atexit
 import gettext
 import shutil
@@ -10,6 +9,7 @@ import sys
 import tempfile
 import xml.etree.ElementTree as ElementTree
 import zipfile
+from functools import lru_cache
 from pathlib import Path
 
 TOOLS = Path(__file__).resolve().parent.parent
@@ -33,36 +33,27 @@ def listed_packages(config_path):
     return [element.text for element in ElementTree.parse(config_path).getroot().iter("Zip")]
 
 
-def file_members(archive):
-    return [info for info in archive.infolist() if not info.is_dir()]
-
-
-def tree_files(folder):
-    return sorted(p.relative_to(folder).as_posix() for p in folder.rglob("*") if p.is_file())
-
-
 def tank_list(path):
     return [(n.tag, n.findtext("ResPath"), n.findtext("DataPath"))
             for n in ElementTree.parse(path).getroot()]
 
 
-# Packed XML is decoded into ElementTree elements, as plain text files parse:
-# text is the value as a reader shows it; attrib["packed"] keeps (nested
-# record, type, value) for round trips.
+def file_members(archive):
+    return [info for info in archive.infolist() if not info.is_dir()]
 
-def read_leaf(raw, kind):
+
+# Packed XML becomes ElementTree elements; attrib["packed"] = (record, type, value).
+
+def set_value(element, record, kind, raw):
     if (kind not in range(1, 6) or kind == 2 and len(raw) not in (1, 2, 4)
             or kind == 3 and len(raw) % 4 or kind == 4 and raw not in (b"", b"\x01")):
         raise ValueError(f"value type {kind} of {len(raw)} bytes")
-    return {1: lambda: raw.decode("utf-8"), 2: lambda: int.from_bytes(raw, "little", signed=True),
-            3: lambda: struct.unpack(f"<{len(raw) // 4}f", raw), 4: lambda: raw == b"\x01",
-            5: lambda: bytes(raw)}[kind]()
-
-
-def set_value(element, record, kind, raw):
-    value = element.attrib["packed"] = (record, kind, read_leaf(raw, kind))
+    value = {1: lambda: raw.decode("utf-8"), 2: lambda: int.from_bytes(raw, "little", signed=True),
+             3: lambda: struct.unpack(f"<{len(raw) // 4}f", raw), 4: lambda: raw == b"\x01",
+             5: lambda: bytes(raw)}[kind]()
+    element.attrib["packed"] = (record, kind, value)
     element.text = {2: str, 3: lambda v: " ".join(f"{x:.6g}" for x in v),
-                    4: lambda v: "true" if v else "false", 5: repr}.get(kind, str)(value[2])
+                    4: lambda v: "true" if v else "false", 5: repr}.get(kind, str)(value)
 
 
 def read_record(data, pos, names, element):
@@ -136,37 +127,32 @@ def unpack_vector(word):
             field(word >> 22, 10, 511))
 
 
-def read_vertices(payload):
-    fmt = payload[:64].split(b"\0")[0].decode("ascii")
-    stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37}[fmt.lower()]
-    if 68 + struct.unpack_from("<I", payload, 64)[0] * stride != len(payload):
-        raise ValueError("vertex chunk size")
-    return fmt, [(struct.unpack_from("<3f", payload, at),
-                  struct.unpack_from("<3f", payload, at + 12) if fmt.lower() == "xyznuv"
-                  else unpack_vector(struct.unpack_from("<I", payload, at + 12)[0]))
-                 for at in range(68, len(payload), stride)]
-
-
-def read_indices(payload):
-    fmt = payload[:64].split(b"\0")[0].decode("ascii")
-    count, group_count = struct.unpack_from("<II", payload, 64)
-    width = 4 if fmt == "list32" else 2
-    if 72 + count * width + 16 * group_count != len(payload):
-        raise ValueError("index chunk size")
-    return fmt, list(struct.unpack_from(f"<{count}{'I' if width == 4 else 'H'}", payload, 72)), [
-        struct.unpack_from("<4I", payload, 72 + count * width + 16 * g) for g in range(group_count)]
+def read_geometry(vertices, indices):
+    """(vertex format, [(position, normal)], index format, indices, groups)
+    of a vertex and an index chunk, checking their sizes."""
+    vfmt, ifmt = (c[:64].split(b"\0")[0].decode("ascii") for c in (vertices, indices))
+    stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37}[vfmt.lower()]
+    count, group_count = struct.unpack_from("<II", indices, 64)
+    width = 4 if ifmt == "list32" else 2
+    if (68 + struct.unpack_from("<I", vertices, 64)[0] * stride != len(vertices)
+            or 72 + count * width + 16 * group_count != len(indices)):
+        raise ValueError("chunk size")
+    return (vfmt, [(struct.unpack_from("<3f", vertices, at),
+                    struct.unpack_from("<3f", vertices, at + 12) if vfmt.lower() == "xyznuv"
+                    else unpack_vector(struct.unpack_from("<I", vertices, at + 12)[0]))
+                   for at in range(68, len(vertices), stride)],
+            ifmt, list(struct.unpack_from(f"<{count}{'I' if width == 4 else 'H'}", indices, 72)),
+            [struct.unpack_from("<4I", indices, 72 + count * width + 16 * g)
+             for g in range(group_count)])
 
 
 def colour_table(block, four_colours):
     c0, c1 = struct.unpack_from("<HH", block)
-    a, b = ((v >> 11 << 3 | v >> 13, (v >> 5 & 63) << 2 | (v >> 9 & 3), (v & 31) << 3 | (v >> 2 & 7))
-            for v in (c0, c1))
-
-    def mix(wa, wb):
-        return tuple((wa * x + wb * y) // (wa + wb) for x, y in zip(a, b)) + (255,)
-    if c0 > c1 or four_colours:
-        return [a + (255,), b + (255,), mix(2, 1), mix(1, 2)]
-    return [a + (255,), b + (255,), mix(1, 1), (0, 0, 0, 0)]
+    a, b = ((v >> 11 << 3 | v >> 13, (v >> 5 & 63) << 2 | (v >> 9 & 3),
+             (v & 31) << 3 | (v >> 2 & 7)) for v in (c0, c1))
+    mix = [tuple((wa * x + wb * y) // (wa + wb) for x, y in zip(a, b)) + (255,)
+           for wa, wb in ((2, 1), (1, 2), (1, 1))]
+    return [a + (255,), b + (255,)] + (mix[:2] if c0 > c1 or four_colours else [mix[2], (0,) * 4])
 
 
 def alpha_values(block, kind):
@@ -221,7 +207,6 @@ class Installation:
                 self.index.setdefault(info.filename.lower(), (archive, info))
 
     def place(self, name):
-        """'loose', the archive's file name, or None."""
         hit = "loose" if (self.res / name).is_file() else self.index.get(name.lower())
         return Path(hit[0].filename).name if isinstance(hit, tuple) else hit
 
@@ -242,27 +227,22 @@ class Installation:
         return self.catalogues[catalogue].get(key)
 
     def vehicles(self):
-        """(nation folder, model, list entry) of every nation's list."""
         return [(res_path.rsplit("/", 1)[-1], entry.tag, entry)
                 for _, res_path, _ in tank_list(self.out / "ferrox-tank_list.cfg")
                 for entry in self.xml(f"{res_path}/list.xml")]
 
     def files(self, suffixes):
-        """{origin: bytes} of every file, loose or in an archive, that ends so."""
         files = {str(p): p.read_bytes() for p in self.res.rglob("*")
                  if p.is_file() and p.name.endswith(suffixes)}
-        files.update({f"{Path(a.filename).name}:{info.filename}": a.read(info) for a in self.archives
-                      for info in file_members(a) if info.filename.endswith(suffixes)})
+        files.update({f"{Path(a.filename).name}:{info.filename}": a.read(info)
+                      for a in self.archives for info in file_members(a)
+                      if info.filename.endswith(suffixes)})
         return files
 
 
-_shared = {}
-
-
+@lru_cache(maxsize=None)
 def shared_installation():
-    """One scale-1 installation for every check that only reads it."""
-    if not _shared:
-        temp = Path(tempfile.mkdtemp(prefix="ferrox-sample-test-"))
-        atexit.register(shutil.rmtree, temp, ignore_errors=True)
-        _shared["game"] = Installation(generate(temp / "game"))
-    return _shared["game"]
+    """One scale-1 installation, and its mod folder, for every check that only reads."""
+    temp = Path(tempfile.mkdtemp(prefix="ferrox-sample-test-"))
+    atexit.register(shutil.rmtree, temp, ignore_errors=True)
+    return Installation(generate(temp / "game", "--mod-out", str(temp / "game-mod")))

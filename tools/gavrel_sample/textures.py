@@ -115,3 +115,50 @@ def dds_bytes(seed, size=8):
                              255 if (x * y + shift) % 5 == 0 else 0))
     return bytes(header) + bytes(pixels)
 
+
+
+@lru_cache(maxsize=None)
+def burnt_pixels(colour, size, spacing):
+    """The panel picture after a fire: charred to a third of its colour,
+    with black soot blotches and rust streaks."""
+    rng = random.Random(f"burnt {colour} {size}")
+    soot = {(rng.randrange(size), rng.randrange(size), rng.randrange(3, 9))
+            for _ in range(size // 6)}
+    charred, rust = darker(colour, 0.35), (92, 52, 30)
+    pixels = []
+    for y in range(size):
+        for x in range(size):
+            if any((x - sx) ** 2 + (y - sy) ** 2 < r * r for sx, sy, r in soot):
+                pixels.append((18, 16, 14, 255))
+            elif x % spacing in (5, 6) and (y // 4) % 3 == 0:
+                pixels.append(rust + (255,))
+            else:
+                pixels.append(charred + (255,))
+    return tuple(pixels)
+
+
+@lru_cache(maxsize=None)
+def mask_pixels(size):
+    """A camouflage exclusion mask: white where the pattern may go, black
+    blocks where it may not."""
+    return tuple((0, 0, 0, 255) if (x // 8 + y // 8) % 3 == 0 else (255, 255, 255, 255)
+                 for y in range(size) for x in range(size))
+
+
+@lru_cache(maxsize=None)
+def extra_texture(fmt, kind, size, colour=None):
+    spacing = max(PANEL_SPACING * size // DIFFUSE_SIZE, 4)
+    pixels = {"burnt": lambda: burnt_pixels(colour, size, spacing),
+              "mask": lambda: mask_pixels(size)}[kind]()
+    return gavrel_dds.dds(fmt, size, size, list(pixels))
+
+
+def large_panel(size, colour):
+    """A one-level 32-bit BGRA panel texture built row by row, fast enough
+    for the sizes of the heavy benchmark vehicle."""
+    spacing = PANEL_SPACING * size // DIFFUSE_SIZE
+    base, line = bytes(colour[2::-1]) + b"\xff", bytes(lighter(colour)[2::-1]) + b"\xff"
+    plain = b"".join(line if x % spacing < 2 else base for x in range(size))
+    lined = line * size
+    pixels = b"".join(lined if y % spacing < 2 else plain for y in range(size))
+    return gavrel_dds.header("BGRA32", size, size, 1, len(pixels)) + pixels
