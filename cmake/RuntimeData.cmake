@@ -12,11 +12,14 @@ foreach(relative ${FERROX_DATA_FILES})
 endforeach()
 add_custom_target(ferrox_data ALL DEPENDS ${FERROX_DATA_OUTPUTS})
 
-# The generator keeps a stamp and returns at once when nothing changed.
-file(GLOB FERROX_GENERATOR_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tools/*.py)
+# The generator keeps a stamp and returns at once when nothing changed. The
+# mod folder beside the game holds files that override the game's own.
+set(FERROX_SAMPLE_MOD_DIR ${FERROX_SAMPLE_GAME_DIR}-mod)
+file(GLOB FERROX_GENERATOR_SOURCES CONFIGURE_DEPENDS
+  ${CMAKE_SOURCE_DIR}/tools/*.py ${CMAKE_SOURCE_DIR}/tools/gavrel_sample/*.py)
 add_custom_target(sample_game ALL
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tools/make_sample_game.py
-          --out ${FERROX_SAMPLE_GAME_DIR}
+          --out ${FERROX_SAMPLE_GAME_DIR} --mod-out ${FERROX_SAMPLE_MOD_DIR}
   DEPENDS ${FERROX_GENERATOR_SOURCES}
   COMMENT "Generating the sample Gavrel installation"
   VERBATIM)

@@ -16,7 +16,7 @@ import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
-import gavrel_dds  # noqa: E402
+from gavrel_sample import dds as gavrel_dds  # noqa: E402
 
 MAGENTA = (255, 0, 255, 255)
 BLACK = (0, 0, 0, 255)

@@ -9,6 +9,7 @@ point outward.
 """
 import math
 import struct
+from functools import lru_cache
 
 MAGIC = 0x42A14E65
 
@@ -50,6 +51,7 @@ def pack_component(value, bits, factor):
     return field & ((1 << bits) - 1)
 
 
+@lru_cache(maxsize=4096)
 def pack_vector(v):
     """Three signed fields in one word: x in bits 0-10 and y in 11-21
     (value x 1023), z in 22-31 (value x 511)."""
@@ -121,10 +123,11 @@ class MeshBuilder:
     """Vertices (position, normal, uv, tangent, binormal) and a triangle list,
     split into primitive groups in the order they are opened."""
 
-    def __init__(self):
+    def __init__(self, divisions=1):
         self.vertices = []
         self.indices = []
         self.group_starts = []
+        self.divisions = divisions  # cells a side of each flat face
 
     def begin_group(self):
         self.group_starts.append((len(self.indices), len(self.vertices)))
@@ -151,7 +154,10 @@ class MeshBuilder:
 
     def quad(self, corners, normal, uv_rect=(0.0, 0.0, 1.0, 1.0)):
         """A flat face p0 p1 p2 p3 (around its edge); u runs p0 -> p1,
-        v runs p0 -> p3."""
+        v runs p0 -> p3. With divisions above 1 the face is a grid of that
+        many cells a side (the corners must then form a parallelogram)."""
+        if self.divisions > 1:
+            return self.grid(corners, normal, uv_rect)
         p0, p1, p2, p3 = corners
         u0, v0, u1, v1 = uv_rect
         tangent = normalize(sub(p1, p0))
@@ -162,6 +168,26 @@ class MeshBuilder:
             self.add_vertex(p, normal, uv, tangent, binormal)
         self.add_triangle(first, first + 1, first + 2, normal)
         self.add_triangle(first, first + 2, first + 3, normal)
+
+    def grid(self, corners, normal, uv_rect):
+        p0, p1, _, p3 = corners
+        u0, v0, u1, v1 = uv_rect
+        n = self.divisions
+        along_u, along_v = sub(p1, p0), sub(p3, p0)
+        frame = (normalize(normal), normalize(along_u), normalize(along_v))
+        first = len(self.vertices)
+        for j in range(n + 1):
+            for i in range(n + 1):
+                p = tuple(o + a * i / n + b * j / n for o, a, b in zip(p0, along_u, along_v))
+                uv = (u0 + (u1 - u0) * i / n, v0 + (v1 - v0) * j / n)
+                self.vertices.append((p, frame[0], uv, frame[1], frame[2]))
+        # every cell turns the same way: test the first, then write them all
+        flip = dot(cross(along_u, along_v), normal) < 0
+        for j in range(n):
+            for i in range(n):
+                a = first + j * (n + 1) + i
+                b, c, d = a + 1, a + n + 2, a + n + 1
+                self.indices += [a, c, b, a, d, c] if flip else [a, b, c, a, c, d]
 
     def box(self, lo, hi, uv_rect=(0.0, 0.0, 1.0, 1.0)):
         """An axis-aligned box between corners lo and hi."""
@@ -196,13 +222,19 @@ class MeshBuilder:
                 self.add_triangle(first, first + i, first + i + 1, (sign, 0.0, 0.0))
 
     def cylinder(self, axis, centre, radius, start, end, segments=16,
-                 uv_rect=(0.0, 0.0, 1.0, 1.0)):
+                 uv_rect=(0.0, 0.0, 1.0, 1.0), end_radius=None):
         """A closed cylinder along axis ("x", "y" or "z") through centre, from
-        axial coordinate start to end; smooth sides, flat caps."""
+        axial coordinate start to end; smooth sides, flat caps. With
+        end_radius, a truncated cone narrowing (or widening) towards end."""
+        end_radius = radius if end_radius is None else end_radius
+        slope = (radius - end_radius) / (end - start)
+        segments *= self.divisions
         k = "xyz".index(axis)
         i, j = [a for a in range(3) if a != k]
 
-        def point(angle, w, r=radius):
+        def point(angle, w, r=None):
+            if r is None:
+                r = radius + (w - start) / (end - start) * (end_radius - radius)
             p = list(centre)
             p[i] += r * math.cos(angle)
             p[j] += r * math.sin(angle)
@@ -220,7 +252,7 @@ class MeshBuilder:
         ring = []
         for s in range(segments + 1):
             angle = 2 * math.pi * s / segments
-            normal = direction([(i, math.cos(angle)), (j, math.sin(angle))])
+            normal = direction([(i, math.cos(angle)), (j, math.sin(angle)), (k, slope)])
             tangent = direction([(i, -math.sin(angle)), (j, math.cos(angle))])
             u = u0 + (u1 - u0) * s / segments
             ring.append((self.add_vertex(point(angle, start), normal, (u, v0), tangent, along),
@@ -228,7 +260,7 @@ class MeshBuilder:
         for s in range(segments):
             (a, b), (c, d) = ring[s], ring[s + 1]
             mid = 2 * math.pi * (s + 0.5) / segments
-            outward = direction([(i, math.cos(mid)), (j, math.sin(mid))])
+            outward = direction([(i, math.cos(mid)), (j, math.sin(mid)), (k, slope)])
             self.add_triangle(a, c, d, outward)
             self.add_triangle(a, d, b, outward)
         for w, other in ((start, end), (end, start)):
