@@ -2,7 +2,7 @@
 
 #include "BinaryReader.h"
 #include "Log.h"
-#include "MessageBoxes.h"
+#include "ReadFailure.h"
 
 #include <QVarLengthArray>
 #include <QtEndian>
@@ -10,9 +10,10 @@
 #include <cstring>
 
 // A packed document stops at its first fault (short read, unknown value type,
-// negative length, name index outside the table, nesting too deep): the
-// closing box shows once and read() returns what was built up to there.
-// Reading on would only turn the rest of the bytes into noise.
+// negative length, name index outside the table, nesting too deep, a
+// boolean byte other than 1): the failure is kept and read() returns what
+// was built up to there, with one closing box at most. Reading on would
+// only turn the rest of the bytes into noise.
 
 namespace {
 enum ValueType
@@ -89,6 +90,22 @@ void appendText(QDomDocument& document, QDomNode& node, const QString& text)
 PackedXmlReader::PackedXmlReader(BinaryReader* binaryReader) : reader(binaryReader) {}
 
 QDomDocument PackedXmlReader::read(const QString& fileName)
+{
+    ReadFailure failure;
+    QDomDocument document = read(fileName, failure);
+    failure.showClosingBox();
+    return document;
+}
+
+QDomDocument PackedXmlReader::read(const QString& fileName, ReadFailure& failure)
+{
+    QDomDocument document = readDocument(fileName);
+    if (reader->failed())
+        failure.record(reader->failure().message());
+    return document;
+}
+
+QDomDocument PackedXmlReader::readDocument(const QString& fileName)
 {
     reader->seek(0);
     const quint32 magic = quint32(reader->readInt());
@@ -287,11 +304,11 @@ bool PackedXmlReader::readBoolean(QDomDocument& document, QDomNode& node, int le
     const qint8 byte = reader->readCharSigned();
     if (reader->failed())
         return false;
-    // A byte other than 1 shows the box, but the stream is still in step,
-    // so the read goes on; the value stands as true.
-    if (byte != 1)
-        fatalError(QStringLiteral("Boolean error"));
+    // The value stands as true even when the byte is not 1, which is the
+    // failure.
     appendText(document, node, QStringLiteral("true"));
+    if (byte != 1)
+        return stop("Boolean error");
     return true;
 }
 
