@@ -77,10 +77,3 @@ TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
         << "good files stay out of the report";
     EXPECT_TRUE(result.err.contains(" failed")) << result.err.toStdString();
 }
-
-TEST(CheckCommandTest, NotAGameFolderFails)
-{
-    QTemporaryDir empty;
-    EXPECT_EQ(runTool({QStringLiteral("check"), empty.path()}).exitCode, 1);
-    EXPECT_EQ(runTool({QStringLiteral("check")}).exitCode, 2);
-}
