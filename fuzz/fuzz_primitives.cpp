@@ -1,8 +1,8 @@
 // .primitives containers from arbitrary bytes: the table walk must stay
 // inside the file, and every chunk it yields must hold exactly its size.
 
-#include "MessageBoxes.h"
 #include "PrimitiveParser.h"
+#include "ReadFailure.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -16,7 +16,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const bool quiet = [] {
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-        setMessageBoxHandler([](const MessageBoxRequest&) { return int(QMessageBox::Ok); });
         return true;
     }();
     Q_UNUSED(quiet);
@@ -26,7 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     device.open(QIODevice::ReadOnly);
 
     PrimitiveParser parser;
-    parser.parse(&device);
+    ReadFailure failure;
+    parser.parse(&device, failure);
     for (const PrimitiveChunk* chunk : parser.chunks) {
         if (chunk->data.size() != qsizetype(chunk->size) || chunk->size > quint32(size))
             __builtin_trap(); // a payload is a copy of bytes that are there

@@ -1,7 +1,5 @@
 #include "BinaryReader.h"
 
-#include "MessageBoxes.h"
-
 #include <QIODevice>
 #include <QtEndian>
 
@@ -20,6 +18,8 @@ BinaryReader::BinaryReader(QIODevice* device) : input(device) {}
 
 bool BinaryReader::readExactly(char* target, qint64 count, const char* message)
 {
+    if (failed())
+        return false;
     if (input->read(target, count) == count)
         return true;
     fail(message);
@@ -72,6 +72,8 @@ float BinaryReader::readFloat()
 QByteArray BinaryReader::readCString()
 {
     QByteArray result;
+    if (failed())
+        return result;
     for (;;) {
         const QByteArray chunk = input->peek(CStringChunk);
         if (chunk.isEmpty()) {
@@ -93,7 +95,7 @@ QByteArray BinaryReader::readCString()
 
 QByteArray BinaryReader::readBytes(qint64 count, const char* message)
 {
-    if (count <= 0)
+    if (count <= 0 || failed())
         return QByteArray();
     if (!input->isSequential()) {
         if (count > remaining()) {
@@ -149,6 +151,5 @@ qint64 BinaryReader::remaining() const
 
 void BinaryReader::fail(const char* message)
 {
-    hasFailed = true;
-    fatalError(QString::fromLatin1(message));
+    readFailure.record(QString::fromLatin1(message));
 }

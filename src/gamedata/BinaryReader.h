@@ -1,13 +1,16 @@
 #pragma once
 
+#include "ReadFailure.h"
+
 #include <QByteArray>
 #include <QChar>
 
 class QIODevice;
 
 // Little-endian reads from a device, each checked against what the device
-// still holds. A short read shows the closing box with the operation's
-// message, sets failed(), and yields 0 (or what was read).
+// still holds. A short read records the operation's message as the
+// failure and yields 0 (or what was read); every read after it yields 0 and
+// leaves the device alone. Showing the failure is the caller's business.
 class BinaryReader
 {
 public:
@@ -30,7 +33,8 @@ public:
     qint64 remaining() const;
 
     // True once any read came up short.
-    bool failed() const { return hasFailed; }
+    bool failed() const { return readFailure.failed(); }
+    const ReadFailure& failure() const { return readFailure; }
     void fail(const char* message);
 
     QIODevice* device() const { return input; }
@@ -40,5 +44,5 @@ private:
     bool readExactly(char* target, qint64 count, const char* message);
 
     QIODevice* input;
-    bool hasFailed = false;
+    ReadFailure readFailure;
 };

@@ -2,7 +2,7 @@
 
 #include "Constants.h"
 #include "Log.h"
-#include "MessageBoxes.h"
+#include "ReadFailure.h"
 #include "Settings.h"
 
 #include <QBuffer>
@@ -97,6 +97,14 @@ bool FileManager::addArchive(const QString& path, bool quiet)
 
 QIODevice* FileManager::getFile(const QString& name)
 {
+    ReadFailure failure;
+    QIODevice* device = getFile(name, failure);
+    failure.showClosingBox();
+    return device;
+}
+
+QIODevice* FileManager::getFile(const QString& name, ReadFailure& failure)
+{
     if (QIODevice* device = openPlainFile(name))
         return device;
 
@@ -109,7 +117,7 @@ QIODevice* FileManager::getFile(const QString& name)
             openPlainFile(nativeGamePath + QLatin1String(Ferrox::ResourceFolder) + name))
         return device;
 
-    if (QIODevice* device = openArchiveFile(QDir::toNativeSeparators(name)))
+    if (QIODevice* device = openArchiveFile(QDir::toNativeSeparators(name), failure))
         return device;
 
     Log::log(QStringLiteral("Could not open file: ") + name, Log::Warning);
@@ -141,6 +149,14 @@ int FileManager::firstCandidate(const QByteArray& member) const
 
 QIODevice* FileManager::openArchiveFile(const QString& name)
 {
+    ReadFailure failure;
+    QIODevice* device = openArchiveFile(name, failure);
+    failure.showClosingBox();
+    return device;
+}
+
+QIODevice* FileManager::openArchiveFile(const QString& name, ReadFailure& failure)
+{
     const QByteArray member = memberName(name);
     const int first = firstCandidate(member);
     if (first < 0)
@@ -155,7 +171,7 @@ QIODevice* FileManager::openArchiveFile(const QString& name)
             Log::log(QStringLiteral("Size mismatch: ") + name + QStringLiteral(" in ") +
                          archives[i]->path(),
                      Log::Error);
-            fatalError(QStringLiteral("Size mismatch"));
+            failure.record(QStringLiteral("Size mismatch"));
         }
         return openBuffer(content);
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 class QIODevice;
+class ReadFailure;
 
 // The program's view of the game's read-only resource tree. A resource is
 // named by its path below the game's "res" folder and is looked up, in this
@@ -36,9 +37,14 @@ public:
     void clearArchives();
     bool addArchive(const QString& path, bool quiet);
 
+    // A member whose data ends before its recorded size is handed out with
+    // what could be read; these forms then show the closing box.
     QIODevice* getFile(const QString& name);
-    static QIODevice* openPlainFile(const QString& path);
     QIODevice* openArchiveFile(const QString& name);
+    // The same lookups, but that failure goes to failure and no box shows.
+    QIODevice* getFile(const QString& name, ReadFailure& failure);
+    QIODevice* openArchiveFile(const QString& name, ReadFailure& failure);
+    static QIODevice* openPlainFile(const QString& path);
     bool existsInArchives(const QString& name);
 
     // The archive list read by loadZipFiles(); "../data/resources.cfg"

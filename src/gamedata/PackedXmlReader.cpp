@@ -2,15 +2,18 @@
 
 #include "BinaryReader.h"
 #include "Log.h"
-#include "MessageBoxes.h"
+#include "ReadFailure.h"
 
-#include <QStringList>
 #include <QVarLengthArray>
+#include <QtEndian>
+
+#include <cstring>
 
 // A packed document stops at its first fault (short read, unknown value type,
-// negative length, name index outside the table, nesting too deep): the
-// closing box shows once and read() returns what was built up to there.
-// Reading on would only turn the rest of the bytes into noise.
+// negative length, name index outside the table, nesting too deep, a
+// boolean byte other than 1): the failure is kept and read() returns what
+// was built up to there, with one closing box at most. Reading on would
+// only turn the rest of the bytes into noise.
 
 namespace {
 enum ValueType
@@ -22,6 +25,8 @@ enum ValueType
     Boolean = 4,
     Blob = 5
 };
+
+constexpr int MatrixFloats = 12;
 
 struct ChildEntry
 {
@@ -47,12 +52,32 @@ QString rootTag(const QString& fileName)
     return tag;
 }
 
-QString floatText(float value)
+float floatAt(const char* data)
+{
+    const quint32 bits = qFromLittleEndian<quint32>(data);
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+// The floats joined by blanks, each as setNum gives it with six digits, but
+// "-1e-06" reads "0". Written into one string: a vehicle file holds
+// hundreds of thousands of these, and a list of parts joined afterwards
+// cost more than the numbers themselves.
+QString floatsText(const char* data, int count)
 {
     QString text;
-    text.setNum(value, 'g', 6);
-    if (text == QLatin1String("-1e-06"))
-        return QStringLiteral("0");
+    text.reserve(count * 9);
+    QString number;
+    for (int i = 0; i < count; ++i) {
+        if (i > 0)
+            text += QLatin1Char(' ');
+        number.setNum(floatAt(data + 4 * i), 'g', 6);
+        if (number == QLatin1String("-1e-06"))
+            text += QLatin1Char('0');
+        else
+            text += number;
+    }
     return text;
 }
 
@@ -65,6 +90,22 @@ void appendText(QDomDocument& document, QDomNode& node, const QString& text)
 PackedXmlReader::PackedXmlReader(BinaryReader* binaryReader) : reader(binaryReader) {}
 
 QDomDocument PackedXmlReader::read(const QString& fileName)
+{
+    ReadFailure failure;
+    QDomDocument document = read(fileName, failure);
+    failure.showClosingBox();
+    return document;
+}
+
+QDomDocument PackedXmlReader::read(const QString& fileName, ReadFailure& failure)
+{
+    QDomDocument document = readDocument(fileName);
+    if (reader->failed())
+        failure.record(reader->failure().message());
+    return document;
+}
+
+QDomDocument PackedXmlReader::readDocument(const QString& fileName)
 {
     reader->seek(0);
     const quint32 magic = quint32(reader->readInt());
@@ -234,24 +275,21 @@ bool PackedXmlReader::readFloats(QDomDocument& document, QDomNode& node, int len
     const int count = length / 4;
     if (qint64(count) * 4 > reader->remaining())
         return stop("Error reading data: readFloat()");
+    const QByteArray bytes =
+        reader->readBytes(qint64(count) * 4, "Error reading data: readFloat()");
+    if (reader->failed())
+        return false;
 
-    QStringList parts;
-    parts.reserve(count);
-    for (int i = 0; i < count; ++i) {
-        const float value = reader->readFloat();
-        if (reader->failed())
-            return false;
-        parts.append(floatText(value));
-    }
-
-    if (parts.size() != 12) {
-        appendText(document, node, parts.join(QLatin1Char(' ')));
+    if (count != MatrixFloats) {
+        appendText(document, node, floatsText(bytes.constData(), count));
         return true;
     }
     // Twelve numbers are a 4 x 3 matrix, one row element for each three.
+    static const QString rowTags[] = {QStringLiteral("row0"), QStringLiteral("row1"),
+                                      QStringLiteral("row2"), QStringLiteral("row3")};
     for (int row = 0; row < 4; ++row) {
-        QDomElement element = document.createElement(QStringLiteral("row%1").arg(row));
-        appendText(document, element, parts.mid(row * 3, 3).join(QLatin1Char(' ')));
+        QDomElement element = document.createElement(rowTags[row]);
+        appendText(document, element, floatsText(bytes.constData() + row * 12, 3));
         node.appendChild(element);
     }
     return true;
@@ -266,11 +304,11 @@ bool PackedXmlReader::readBoolean(QDomDocument& document, QDomNode& node, int le
     const qint8 byte = reader->readCharSigned();
     if (reader->failed())
         return false;
-    // A byte other than 1 shows the box, but the stream is still in step,
-    // so the read goes on; the value stands as true.
-    if (byte != 1)
-        fatalError(QStringLiteral("Boolean error"));
+    // The value stands as true even when the byte is not 1, which is the
+    // failure.
     appendText(document, node, QStringLiteral("true"));
+    if (byte != 1)
+        return stop("Boolean error");
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <QVector>
 
 class BinaryReader;
+class ReadFailure;
 
 // The game's binary encoding of XML, or plain XML text, as a DOM document.
 // One object reads one document.
@@ -16,7 +17,11 @@ public:
     explicit PackedXmlReader(BinaryReader* reader);
 
     // fileName serves only for the root's tag (".model" becomes ".visual").
+    // A packed document stops at its first failure and gives what was built
+    // up to there; this form then shows the closing box with the failure.
     QDomDocument read(const QString& fileName);
+    // The same read, but the first failure goes to failure and no box shows.
+    QDomDocument read(const QString& fileName, ReadFailure& failure);
 
     // True after read() took the plain text path.
     bool plainText = false;
@@ -26,6 +31,7 @@ public:
     static constexpr int MaxDepth = 64;
 
 private:
+    QDomDocument readDocument(const QString& fileName);
     QDomDocument readPlainText();
     bool readNames();
     bool readElement(QDomDocument& document, QDomNode& node, int depth);
@@ -36,7 +42,7 @@ private:
     bool readFloats(QDomDocument& document, QDomNode& node, int length);
     bool readBoolean(QDomDocument& document, QDomNode& node, int length);
     bool readBlob(QDomDocument& document, QDomNode& node, int length);
-    // Shows the closing box and ends the read.
+    // Records the failure and ends the read.
     bool stop(const char* message);
 
     BinaryReader* reader;

@@ -3,6 +3,7 @@
 #include "GlFunctions.h"
 #include "Log.h"
 #include "MeshGeometry.h"
+#include "ReadFailure.h"
 #include "VertexBuffer.h"
 #include "VertexDecoding.h"
 
@@ -79,7 +80,9 @@ VertexBuffer* BufferManager::createVertexBuffer(const QString& name, const QByte
     MeshGeometry& target = geometry ? *geometry : scratch;
     QVector<Vector2> stream;
     if (withStream) {
-        readUvStream(streamBytes, header.vertexCount, stream);
+        ReadFailure failure;
+        readUvStream(streamBytes, header.vertexCount, stream, failure);
+        failure.showClosingBox();
         target.uv2s += stream;
     }
     buffer->create(header.vertexCount, nullptr);

@@ -15,6 +15,8 @@ constexpr int FormatFieldSize = 64;
 constexpr int HeaderSize = 72;
 constexpr int GroupSize = 16;
 
+const QString ShortWordRead = QStringLiteral("Error reading data: readInt()");
+
 // The format name ends at its NUL or at the end of the field, whichever
 // comes first; a chunk cut inside the field gives what is there.
 QByteArray formatName(const QByteArray& chunk)
@@ -69,6 +71,7 @@ bool decodeIndexChunk(const QByteArray& chunkBytes, MeshGeometry& geometry, Deco
         Log::log(
             QStringLiteral("Index chunk too short for its header: %1 bytes").arg(chunkBytes.size()),
             Log::Warning);
+        out.failure.record(ShortWordRead);
         return false;
     }
 
@@ -84,6 +87,8 @@ bool decodeIndexChunk(const QByteArray& chunkBytes, MeshGeometry& geometry, Deco
                      .arg(indicesPresent)
                      .arg(indexCount),
                  Log::Warning);
+        out.failure.record(out.is32Bit ? QStringLiteral("Error reading data: readIntUnsigned()")
+                                       : QStringLiteral("Error reading data: readShortUnsigned()"));
         complete = false;
     }
     const qint64 triangles = indicesPresent / 3;
@@ -107,6 +112,7 @@ bool decodeIndexChunk(const QByteArray& chunkBytes, MeshGeometry& geometry, Deco
                      .arg(groupsPresent)
                      .arg(groupCount),
                  Log::Warning);
+        out.failure.record(ShortWordRead);
         complete = false;
     }
     for (qint64 number = 0; number < groupsPresent; ++number) {
@@ -126,6 +132,7 @@ IndexBuffer::IndexBuffer(const QByteArray& chunkBytes, MeshGeometry* geometry)
     MeshGeometry scratch;
     DecodedIndices decoded;
     decodeIndexChunk(chunkBytes, geometry ? *geometry : scratch, decoded);
+    decoded.failure.showClosingBox();
     is32Bit = decoded.is32Bit;
 
     for (const PrimitiveGroup& group : decoded.groups) {

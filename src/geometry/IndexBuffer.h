@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ReadFailure.h"
+
 #include <QByteArray>
 #include <QList>
 
@@ -26,7 +28,7 @@ public:
 
     // Decodes the index chunk into geometry (winding reversed) and builds
     // the GL element buffer; needs a current context. A chunk too short for
-    // its own counts keeps what fits, with a log line.
+    // its own counts keeps what fits, with a log line and the closing box.
     IndexBuffer(const QByteArray& chunkBytes, MeshGeometry* geometry);
     ~IndexBuffer();
     IndexBuffer(const IndexBuffer&) = delete;
@@ -48,10 +50,12 @@ public:
 // The CPU half of an index chunk, with no GL: what IndexBuffer stores in the
 // geometry and in its group list. Every count is checked against the bytes
 // present; false (with a log line) means the chunk was cut short or its
-// header is missing, and what fits is kept.
+// header is missing, and what fits is kept; failure then holds the message
+// of the first read that came up short.
 struct DecodedIndices
 {
     bool is32Bit = false;
+    ReadFailure failure;
     // The indices in the chunk's own width, winding reversed, ready for GL.
     QByteArray glBytes;
     QList<PrimitiveGroup> groups;

@@ -103,12 +103,22 @@ bool PrimitiveParser::load(const QString& path)
 
 bool PrimitiveParser::parse(QIODevice* device)
 {
+    ReadFailure failure;
+    const bool parsed = parse(device, failure);
+    failure.showClosingBox();
+    return parsed;
+}
+
+bool PrimitiveParser::parse(QIODevice* device, ReadFailure& failure)
+{
     clear();
     BinaryReader reader(device);
     reader.seek(0);
     const quint32 magic = quint32(reader.readInt());
-    if (reader.failed())
+    if (reader.failed()) {
+        failure.record(reader.failure().message());
         return false;
+    }
     if (magic != primitivesMagic) {
         Log::log(QStringLiteral("Binary header incorrect."), Log::Warning);
         return false;

@@ -5,6 +5,7 @@
 #include <QVector>
 
 class QIODevice;
+class ReadFailure;
 
 // One named chunk of a .primitives file with a private copy of its payload.
 struct PrimitiveChunk
@@ -28,7 +29,10 @@ public:
     // ".primitives" and the file comes from FileManager.
     bool load(const QString& path);
     // Splits an opened device. Chunks read before a failed table check stay.
+    // A file too short for its magic shows the closing box.
     bool parse(QIODevice* device);
+    // The same, but that failure goes to failure and no box shows.
+    bool parse(QIODevice* device, ReadFailure& failure);
     // The first chunk of that exact name, or null with a warning.
     PrimitiveChunk* chunk(const QString& name) const;
     void clear();

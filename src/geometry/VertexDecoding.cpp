@@ -2,7 +2,7 @@
 
 #include "Log.h"
 #include "MeshGeometry.h"
-#include "MessageBoxes.h"
+#include "ReadFailure.h"
 #include "VertexBuffer.h"
 
 #include <QtEndian>
@@ -267,7 +267,8 @@ bool decodeVertices(const VertexChunkHeader& header, const QByteArray& chunkByte
     return complete;
 }
 
-bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Vector2>& pairs)
+bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Vector2>& pairs,
+                  ReadFailure& failure)
 {
     const qint64 present = std::min<qint64>(vertexCount, streamBytes.size() / 8);
     pairs.reserve(pairs.size() + int(present));
@@ -275,7 +276,7 @@ bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Ve
     for (qint64 i = 0; i < present; ++i)
         pairs.append({floatAt(data + i * 8), floatAt(data + i * 8 + 4)});
     if (present < vertexCount) {
-        fatalError(QStringLiteral("Error reading data: readFloat()"));
+        failure.record(QStringLiteral("Error reading data: readFloat()"));
         return false;
     }
     return true;

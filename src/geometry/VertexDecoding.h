@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 
+class ReadFailure;
 struct MeshGeometry;
 struct VertexAttribute;
 
@@ -50,5 +51,7 @@ quint32 vertexRecordsPresent(const VertexChunkHeader& header, const QByteArray& 
 // header.vertexCount vertices; vertices beyond the data stay zero.
 bool decodeVertices(const VertexChunkHeader& header, const QByteArray& chunkBytes,
                     const QVector<Vector2>& stream, MeshGeometry& geometry, float* output);
-// The uv2 stream's pairs for vertexCount vertices; false if short.
-bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Vector2>& pairs);
+// The uv2 stream's pairs for vertexCount vertices, as many as there are;
+// false if short, with the failure recorded for the caller to show.
+bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Vector2>& pairs,
+                  ReadFailure& failure);

@@ -2,6 +2,7 @@
 #include "LogCapture.h"
 #include "MessageBoxRecorder.h"
 #include "QtPrinters.h"
+#include "ReadFailure.h"
 #include "Settings.h"
 #include "TestRoot.h"
 #include "ZipBuilder.h"
@@ -78,32 +79,21 @@ TEST_F(FileManagerTest, SearchOrderIsPlainPathModFolderLooseResThenArchives)
     EXPECT_EQ(read("gui/Note.txt"), QByteArray("archive"));
 }
 
-TEST_F(FileManagerTest, FirstListedArchiveWinsAndArchiveNamesIgnoreCase)
+TEST_F(FileManagerTest, FirstListedArchiveWinsAndHandsOutBuffersThatOutliveIt)
 {
-    installArchives({{"first.pkg", ZipBuilder().add("Shared/Item.xml", "first")},
+    installArchives({{"first.pkg", ZipBuilder().add("Shared/Item.xml", "first").add("empty", "")},
                      {"second.pkg", ZipBuilder()
                                         .add("shared/item.xml", "second", ZipBuilder::Deflated)
-                                        .add("Only/In/Second.bin", "2nd")}});
-    EXPECT_EQ(read("shared/item.xml"), QByteArray("first"));
+                                        .add("Only/In/Second.bin", QByteArray(100000, 'x'),
+                                             ZipBuilder::Deflated)}});
     EXPECT_EQ(read("SHARED/ITEM.XML"), QByteArray("first"));
-    EXPECT_EQ(read("only\\in\\second.BIN"), QByteArray("2nd"));
     EXPECT_TRUE(files.existsInArchives("ONLY/in/Second.bin"));
     EXPECT_FALSE(files.existsInArchives("Only/In"));
-}
 
-TEST_F(FileManagerTest, HandsOutOpenBuffersThatOutliveTheArchives)
-{
-    installArchives(
-        {{"a.pkg", ZipBuilder()
-                       .add("empty.txt", "")
-                       .add("data.bin", QByteArray(100000, 'x'), ZipBuilder::Deflated)}});
-    std::unique_ptr<QIODevice> empty(files.getFile("empty.txt"));
+    std::unique_ptr<QIODevice> empty(files.getFile("empty"));
     ASSERT_TRUE(empty);
-    EXPECT_TRUE(empty->isOpen());
-    EXPECT_TRUE(empty->isReadable());
-    EXPECT_EQ(empty->size(), 0);
-
-    std::unique_ptr<QIODevice> data(files.getFile("data.bin"));
+    EXPECT_TRUE(empty->isOpen() && empty->isReadable() && empty->size() == 0);
+    std::unique_ptr<QIODevice> data(files.getFile("only\\in\\second.BIN"));
     files.clearArchives();
     ASSERT_TRUE(data);
     EXPECT_EQ(data->pos(), 0);
@@ -111,40 +101,21 @@ TEST_F(FileManagerTest, HandsOutOpenBuffersThatOutliveTheArchives)
     EXPECT_TRUE(boxes.boxes.isEmpty());
 }
 
-TEST_F(FileManagerTest, ArchiveListComesFromZipElementsAtAnyDepth)
+TEST_F(FileManagerTest, ArchiveListComesFromZipElementsAndSkipsBadArchives)
 {
     ZipBuilder().add("one.txt", "1").writeTo(game.packagePath("one.pkg"));
-    ZipBuilder().add("two.txt", "2").writeTo(game.packagePath("two.pkg"));
+    game.writeFile("res/packages/not_a_zip.pkg", QByteArray(300, 'z'));
     root.writeFile("data/resources.cfg",
-                   "<anything><group><Zip>one.pkg</Zip><Other>two.pkg</Other></group>"
-                   "<Zip>two.pkg</Zip></anything>");
+                   "<any><group><Zip>one.pkg</Zip><Other>x.pkg</Other></group>"
+                   "<Zip>missing.pkg</Zip><Zip>not_a_zip.pkg</Zip><Zip>one.pkg</Zip></any>");
     files.loadZipFiles();
-    ASSERT_EQ(files.archiveCount(), 2);
+    EXPECT_EQ(files.archiveCount(), 2);
     EXPECT_TRUE(log.contains("[Info] Loading zip archives."));
     EXPECT_TRUE(log.contains("[Info] Adding file archive: " + game.packagePath("one.pkg")));
-
-    // A list that does not parse, or none at all, leaves no archives.
-    root.writeFile("data/resources.cfg", "<resources><Zip>one.pkg</Zip>");
-    files.loadZipFiles();
-    EXPECT_EQ(files.archiveCount(), 0);
-    EXPECT_TRUE(log.contains("[Error] Could not set XML content."));
-    QFile::remove(root.dataDirectory() + "/resources.cfg");
-    files.loadZipFiles();
-    EXPECT_EQ(files.archiveCount(), 0);
-    EXPECT_TRUE(log.contains("[Error] Could not open resource file."));
-}
-
-TEST_F(FileManagerTest, BadOrMissingArchivesAreSkippedWithAWarning)
-{
-    game.writeFile("res/packages/not_a_zip.pkg", QByteArray(300, 'z'));
-    installArchives({{"good.pkg", ZipBuilder().add("good.txt", "good")}});
-    root.writeResources({"missing.pkg", "not_a_zip.pkg", "good.pkg"});
-    files.loadZipFiles();
-    EXPECT_EQ(files.archiveCount(), 1);
     for (const QString name : {"missing.pkg", "not_a_zip.pkg"})
         EXPECT_TRUE(log.contains("[Warning] Failed to add archive: " + game.packagePath(name)));
-    EXPECT_EQ(read("good.txt"), QByteArray("good"));
 
+    // Quiet drops the warning of a missing file only.
     log.lines.clear();
     EXPECT_FALSE(files.addArchive(game.packagePath("missing.pkg"), true));
     EXPECT_TRUE(log.lines.isEmpty());
@@ -155,34 +126,60 @@ TEST_F(FileManagerTest, BadOrMissingArchivesAreSkippedWithAWarning)
     settings.gavrelPath.clear();
     files.loadZipFiles();
     EXPECT_EQ(files.archiveCount(), 0);
-    EXPECT_TRUE(log.contains("[Warning] Failed to add archive: /res/packages/missing.pkg"));
-    EXPECT_TRUE(log.contains("[Warning] Failed to add archive: /res/packages/good.pkg"));
+    EXPECT_TRUE(log.contains("[Warning] Failed to add archive: /res/packages/one.pkg"));
+
+    // A list that does not parse, or none at all, leaves no archives.
+    const std::pair<const char*, const char*> lists[] = {
+        {"<resources><Zip>one.pkg</Zip>", "[Error] Could not set XML content."},
+        {nullptr, "[Error] Could not open resource file."}};
+    for (const auto& [content, message] : lists) {
+        settings.gavrelPath = game.path();
+        if (content)
+            root.writeFile("data/resources.cfg", content);
+        else
+            QFile::remove(root.dataDirectory() + "/resources.cfg");
+        files.loadZipFiles();
+        EXPECT_EQ(files.archiveCount(), 0);
+        EXPECT_TRUE(log.contains(message));
+    }
 }
 
 // A member whose data ends before its recorded size must not be read past
-// the archive: the closing box comes, and the bytes that exist are handed out.
+// the archive: the bytes that exist are handed out with "Size mismatch",
+// as a closing box or as the failure handed back to the caller.
 TEST_F(FileManagerTest, TruncatedOrCorruptMembersGiveSizeMismatch)
 {
-    // The second member claims almost 2 GiB.
     const ZipBuilder::Entry cutStored{
         "cut_stored.bin", QByteArray(5000, 's'), ZipBuilder::Stored, 5000, 1000, {}};
     const ZipBuilder::Entry lyingSize{
+        // claims almost 2 GiB
         "lying_size.txt", QByteArray(2000, 'd'), ZipBuilder::Deflated, 0x7FFFFFF0, -1, {}};
     const ZipBuilder::Entry garbage{
         "garbage.txt", QByteArray(4000, 'g'), ZipBuilder::Deflated, -1, -1, QByteArray(64, '\xFF')};
     installArchives(
         {{"bad.pkg", ZipBuilder().add(cutStored).add(lyingSize).add(garbage).add("ok.txt", "ok")}});
 
-    const QByteArray cut = read("cut_stored.bin");
-    EXPECT_LE(cut.size(), 5000);
-    EXPECT_EQ(cut.left(1000), QByteArray(1000, 's'));
-    EXPECT_EQ(read("lying_size.txt"), QByteArray(2000, 'd'));
-    EXPECT_LT(read("garbage.txt").size(), 4000);
-    EXPECT_EQ(read("ok.txt"), QByteArray("ok"));
+    const std::pair<const char*, QByteArray> cases[] = {{"cut_stored.bin", QByteArray(1000, 's')},
+                                                        {"lying_size.txt", QByteArray(2000, 'd')},
+                                                        {"garbage.txt", QByteArray()},
+                                                        {"ok.txt", "ok"}};
+    for (const auto& [name, start] : cases) {
+        SCOPED_TRACE(name);
+        const bool whole = name == QLatin1String("ok.txt");
+        ReadFailure failure;
+        std::unique_ptr<QIODevice> handedBack(files.getFile(name, failure));
+        ASSERT_TRUE(handedBack);
+        EXPECT_TRUE(boxes.boxes.isEmpty());
+        EXPECT_EQ(failure.message(), whole ? QString() : QStringLiteral("Size mismatch"));
+        const QByteArray bytes = handedBack->readAll();
+        EXPECT_TRUE(bytes.startsWith(start));
+        EXPECT_LE(bytes.size(), 5000);
 
-    ASSERT_EQ(boxes.boxes.size(), 3);
-    for (const MessageBoxRequest& box : boxes.boxes)
-        EXPECT_EQ(box.text, "Size mismatch\nApplication will now close.");
+        EXPECT_EQ(read(name), bytes);
+        ASSERT_EQ(boxes.boxes.size(), whole ? 0 : 1);
+        if (!whole)
+            EXPECT_EQ(boxes.boxes.takeFirst().text, "Size mismatch\nApplication will now close.");
+    }
 }
 
 // The index must answer exactly as a walk over the archives would, also when

@@ -5,6 +5,7 @@
 #include "MeshGeometry.h"
 #include "MessageBoxRecorder.h"
 #include "PrimitivesBuilder.h"
+#include "ReadFailure.h"
 #include "VertexBuffer.h"
 #include "VertexDecoding.h"
 
@@ -83,19 +84,25 @@ protected:
 };
 } // namespace
 
-TEST(VertexDecoding, PackedVectorsUseStoredScales)
+TEST(VertexDecoding, PackedVectorsUseStoredScalesAndShortStreamsSayWhy)
 {
     const Vector3 allOnes = decodePackedVector(0xFFFFFFFF);
-    EXPECT_FLOAT_EQ(allOnes[0], -0.0009775171f);
-    EXPECT_FLOAT_EQ(allOnes[1], -0.0009775171f);
-    EXPECT_FLOAT_EQ(allOnes[2], -0.0019569471f);
+    EXPECT_EQ(allOnes, (Vector3{-0.0009775171f, -0.0009775171f, -0.0019569471f}));
     const Vector3 ends = decodePackedVector(PackedSample);
     EXPECT_NEAR(ends[0], 1.0f, 1e-6);
     EXPECT_NEAR(ends[1], -1.00098f, 1e-5);
     EXPECT_NEAR(ends[2], 1.0f, 1e-6);
-    const Vector3 low = decodePackedVector(512u << 22);
-    EXPECT_NEAR(low[2], -1.00196f, 1e-5);
-    EXPECT_EQ(low[0], 0.0f);
+    EXPECT_NEAR(decodePackedVector(512u << 22)[2], -1.00196f, 1e-5);
+
+    // Three floats for two vertices: the whole pair is kept, and the failure
+    // goes back to the caller with no box of its own.
+    MessageBoxRecorder boxes;
+    QVector<Vector2> pairs;
+    ReadFailure failure;
+    EXPECT_FALSE(readUvStream(floats({0.5f, 0.25f, 0.75f}), 2, pairs, failure));
+    EXPECT_EQ(pairs, (QVector<Vector2>{{0.5f, 0.25f}}));
+    EXPECT_EQ(failure.message(), "Error reading data: readFloat()");
+    EXPECT_TRUE(boxes.boxes.isEmpty());
 }
 
 TEST_F(BufferManagerTest, LayoutsOfTheThreeFormats)
@@ -197,7 +204,7 @@ TEST_F(BufferManagerTest, DamagedChunksSurvive)
     manager.createVertexBuffer("s", vertexChunk("xyznuvtb", 2, tbRecord(1) + tbRecord(2)),
                                &shortStream, floats({0.5f, 0.5f, 0.75f}));
     ASSERT_EQ(boxes.boxes.size(), 1);
-    EXPECT_TRUE(boxes.boxes[0].text.startsWith(QStringLiteral("Error reading data: readFloat()")));
+    EXPECT_EQ(boxes.boxes[0].text, "Error reading data: readFloat()\nApplication will now close.");
     EXPECT_EQ(shortStream.uv2s.size(), 1);
     EXPECT_EQ(shortStream.positions.size(), 2);
     EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));

@@ -64,20 +64,32 @@ TEST(FerroxToolTest, CatFollowsTheProgramsSearchOrder)
     EXPECT_EQ(modded.out, QByteArray("from the mod folder"));
 }
 
-TEST(FerroxToolTest, CatOfAMissingNameFailsClearly)
+// Wrong use gives 2, a folder that is no game or a name found nowhere gives
+// 1, each with the reason on standard error and nothing on standard output.
+TEST(FerroxToolTest, RefusalsSayWhy)
 {
-    const ToolResult missing = runTool({"cat", sampleGame, "no/such/file.xml"});
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_TRUE(missing.out.isEmpty());
-    EXPECT_TRUE(missing.err.contains("no/such/file.xml"));
-
     QTemporaryDir notAGame;
-    const ToolResult invalid = runTool({"ls", notAGame.path()});
-    EXPECT_EQ(invalid.exitCode, 1);
-    EXPECT_TRUE(invalid.err.contains("Gavrel.exe"));
-
-    EXPECT_EQ(runTool({"frobnicate"}).exitCode, 2);
-    EXPECT_EQ(runTool({"cat", sampleGame}).exitCode, 2);
+    const struct
+    {
+        QStringList arguments;
+        int exitCode;
+        const char* error;
+    } cases[] = {{{"cat", sampleGame, "no/such/file.xml"}, 1, "no/such/file.xml"},
+                 {{"ls", notAGame.path()}, 1, "Gavrel.exe"},
+                 {{"check", notAGame.path()}, 1, "Gavrel.exe"},
+                 {{"tanks", notAGame.path()}, 1, "Not a Gavrel installation"},
+                 {{"frobnicate"}, 2, "unknown command"},
+                 {{"cat", sampleGame}, 2, "usage"},
+                 {{"check"}, 2, "usage"},
+                 {{"translate", sampleGame}, 2, "usage"},
+                 {{"tanks"}, 2, "usage"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        const ToolResult result = runTool(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_TRUE(result.out.isEmpty());
+        EXPECT_TRUE(result.err.contains(c.error)) << result.err.toStdString();
+    }
 }
 
 TEST(FerroxToolTest, ResourcesOptionChoosesTheArchiveListAndCorruptMembersFail)

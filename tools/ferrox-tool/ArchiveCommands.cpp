@@ -1,6 +1,7 @@
 #include "ArchiveCommands.h"
 
 #include "FileManager.h"
+#include "ReadFailure.h"
 #include "ToolContext.h"
 
 #include <QDir>
@@ -81,7 +82,8 @@ int catCommand(const ToolArguments& arguments)
         return 1;
 
     const QString name = arguments.positional[1];
-    std::unique_ptr<QIODevice> device(context.files().getFile(name));
+    ReadFailure failure;
+    std::unique_ptr<QIODevice> device(context.files().getFile(name, failure));
     if (!device) {
         printError(QStringLiteral("Not found in the mod folder, the game's res folder or any "
                                   "archive: ") +
@@ -91,5 +93,10 @@ int catCommand(const ToolArguments& arguments)
     const QByteArray content = device->readAll();
     std::fwrite(content.constData(), 1, size_t(content.size()), stdout);
     std::fflush(stdout);
-    return ToolContext::fatalErrorSeen() ? 1 : 0;
+    // What could be read is still printed; Ferrox itself would close.
+    if (failure.failed()) {
+        printError(failure.message());
+        return 1;
+    }
+    return 0;
 }

@@ -7,9 +7,9 @@
 #include "IndexBuffer.h"
 #include "Log.h"
 #include "MeshGeometry.h"
-#include "MessageBoxes.h"
 #include "PackedXmlReader.h"
 #include "PrimitiveParser.h"
+#include "ReadFailure.h"
 #include "TextureLoader.h"
 #include "ToolContext.h"
 #include "VertexDecoding.h"
@@ -32,7 +32,7 @@
 namespace {
 
 // What went wrong with the file being checked: the readers' log lines and
-// closing boxes, gathered while it is read.
+// failures, gathered while it is read.
 QStringList problems;
 
 void recordLogLine(const QString& message, int level)
@@ -41,10 +41,10 @@ void recordLogLine(const QString& message, int level)
         problems.append(message);
 }
 
-int recordBox(const MessageBoxRequest& request)
+void recordFailure(const ReadFailure& failure)
 {
-    problems.append(request.text.section(QLatin1Char('\n'), 0, 0));
-    return QMessageBox::Ok;
+    if (failure.failed())
+        problems.append(failure.message());
 }
 
 enum class Kind
@@ -133,7 +133,10 @@ QDomDocument readDocument(const QByteArray& bytes, const QString& name)
     buffer.open(QIODevice::ReadOnly);
     BinaryReader binary(&buffer);
     PackedXmlReader reader(&binary);
-    return reader.read(name);
+    ReadFailure failure;
+    const QDomDocument document = reader.read(name, failure);
+    recordFailure(failure);
+    return document;
 }
 
 bool checkXml(const QByteArray& bytes, const QString& name)
@@ -191,8 +194,10 @@ bool checkIndexChunk(const PrimitiveChunk& chunk, qint64 vertexCount)
 {
     MeshGeometry geometry;
     DecodedIndices decoded;
-    if (!decodeIndexChunk(chunk.data, geometry, decoded))
+    if (!decodeIndexChunk(chunk.data, geometry, decoded)) {
+        recordFailure(decoded.failure);
         return false;
+    }
     const qint64 count = decoded.is32Bit ? geometry.indices32.size() : geometry.indices16.size();
     for (const PrimitiveGroup& group : decoded.groups) {
         if (group.startIndex < 0 || group.primitiveCount < 0 ||
@@ -226,8 +231,10 @@ bool parsePrimitives(const QByteArray& bytes, PrimitiveParser& parser)
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    if (parser.parse(&buffer))
+    ReadFailure failure;
+    if (parser.parse(&buffer, failure))
         return true;
+    recordFailure(failure);
     if (problems.isEmpty())
         problems.append(QStringLiteral("chunk table unreadable"));
     return false;
@@ -260,11 +267,13 @@ public:
 
     bool check(const QString& name)
     {
-        std::unique_ptr<QIODevice> device(files.getFile(name));
+        ReadFailure failure;
+        std::unique_ptr<QIODevice> device(files.getFile(name, failure));
         if (!device) {
             problems.append(QStringLiteral("cannot be opened"));
             return false;
         }
+        recordFailure(failure);
         const QByteArray bytes = device->readAll();
         switch (kindOf(name)) {
         case Kind::Xml:
@@ -287,7 +296,9 @@ private:
         auto found = existing.constFind(name);
         if (found != existing.constEnd())
             return *found;
-        std::unique_ptr<QIODevice> device(files.getFile(name));
+        ReadFailure failure;
+        std::unique_ptr<QIODevice> device(files.getFile(name, failure));
+        recordFailure(failure);
         existing.insert(name, device != nullptr);
         return device != nullptr;
     }
@@ -299,7 +310,9 @@ private:
         primitivesName.replace(QRegularExpression(QStringLiteral("\\.visual$"),
                                                   QRegularExpression::CaseInsensitiveOption),
                                QStringLiteral(".primitives"));
-        std::unique_ptr<QIODevice> device(files.getFile(primitivesName));
+        ReadFailure failure;
+        std::unique_ptr<QIODevice> device(files.getFile(primitivesName, failure));
+        recordFailure(failure);
         if (!device) {
             problems.append(QStringLiteral("no primitives file ") + primitivesName);
             return false;
@@ -402,7 +415,6 @@ int checkCommand(const ToolArguments& arguments)
                                      : QFileInfo(arguments.modDirectory).absoluteFilePath();
 
     Log::setFallbackSink(recordLogLine);
-    setMessageBoxHandler(recordBox);
     Checker checker(context.files());
     int checked = 0;
     int failed = 0;
@@ -417,7 +429,6 @@ int checkCommand(const ToolArguments& arguments)
         }
     }
     Log::setFallbackSink({});
-    setMessageBoxHandler({});
     std::fflush(stdout);
     std::fprintf(stderr, "%d files checked, %d failed\n", checked, failed);
     return failed > 0 ? 1 : 0;

@@ -2,6 +2,7 @@
 
 #include "Database.h"
 #include "Log.h"
+#include "MessageBoxes.h"
 #include "MoReaderCached.h"
 #include "StartupError.h"
 #include "ToolContext.h"
@@ -22,7 +23,9 @@ void printLine(const QString& text)
 }
 
 // Warnings and errors of the readers go to standard error; there is no log
-// file here.
+// file here. These commands run the program's own catalogue and vehicle
+// table, which show the closing box as the program does: its text goes to
+// standard error too, since a tool has no window to show it in.
 void logToStandardError()
 {
     Log::setFallbackSink([](const QString& message, int level) {
@@ -30,6 +33,10 @@ void logToStandardError()
             printError(
                 (level == Log::Error ? QStringLiteral("error: ") : QStringLiteral("warning: ")) +
                 message);
+    });
+    setMessageBoxHandler([](const MessageBoxRequest& request) {
+        printError(request.text);
+        return int(QMessageBox::Ok);
     });
 }
 

@@ -4,8 +4,8 @@
 #include "IndexBuffer.h"
 #include "Log.h"
 #include "MeshGeometry.h"
-#include "MessageBoxes.h"
 #include "PrimitiveParser.h"
+#include "ReadFailure.h"
 #include "ToolContext.h"
 #include "VertexDecoding.h"
 
@@ -76,7 +76,8 @@ QString describeChunk(const PrimitiveChunk& chunk, QStringList& groupLines)
 int printChunks(QIODevice& device, const QString& name)
 {
     PrimitiveParser parser;
-    const bool parsed = parser.parse(&device);
+    ReadFailure failure;
+    const bool parsed = parser.parse(&device, failure);
     // What was read before a failed table check is still worth seeing.
     for (const PrimitiveChunk* chunk : std::as_const(parser.chunks)) {
         QStringList groupLines;
@@ -90,6 +91,8 @@ int printChunks(QIODevice& device, const QString& name)
     }
     std::fflush(stdout);
     if (!parsed) {
+        if (failure.failed())
+            printError(failure.message());
         printError(QStringLiteral("Not a readable .primitives file: ") + name);
         return 1;
     }
@@ -105,14 +108,10 @@ int primitivesCommand(const ToolArguments& arguments)
                                   "DIR] [--resources FILE]"));
         return 2;
     }
-    // Warnings and the closing box of a short read go to standard error.
+    // Warnings go to standard error.
     Log::setFallbackSink([](const QString& message, int level) {
         if (level != Log::Info)
             printError(message);
-    });
-    setMessageBoxHandler([](const MessageBoxRequest& request) {
-        printError(request.text);
-        return int(QMessageBox::Ok);
     });
     const QString name = arguments.positional[0];
     QByteArray bytes;

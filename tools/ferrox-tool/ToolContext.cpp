@@ -2,7 +2,7 @@
 
 #include "FileManager.h"
 #include "Log.h"
-#include "MessageBoxes.h"
+#include "ReadFailure.h"
 #include "Settings.h"
 
 #include <QCoreApplication>
@@ -14,17 +14,6 @@
 #include <memory>
 
 namespace {
-bool fatalSeen = false;
-
-// Boxes cannot be shown here: their text goes to standard error.
-int answerOnStandardError(const MessageBoxRequest& request)
-{
-    if (request.icon == QMessageBox::Critical)
-        fatalSeen = true;
-    printError(request.text);
-    return QMessageBox::Ok;
-}
-
 QString programResourcesFile()
 {
     return QDir(QCoreApplication::applicationDirPath())
@@ -70,8 +59,6 @@ ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 
 ToolContext::ToolContext(const QString& gameDirectory, const ToolArguments& arguments)
 {
-    setMessageBoxHandler(answerOnStandardError);
-
     settings = std::make_unique<Settings>(QString());
     settings->gavrelPath = QFileInfo(gameDirectory).absoluteFilePath();
     settings->modPath = arguments.modDirectory.isEmpty()
@@ -110,11 +97,6 @@ QString ToolContext::gameDirectory() const
     return settings->gavrelPath;
 }
 
-bool ToolContext::fatalErrorSeen()
-{
-    return fatalSeen;
-}
-
 bool readFileOrResource(const QString& name, const QString& gameDirectory,
                         const ToolArguments& arguments, QByteArray& bytes)
 {
@@ -134,11 +116,17 @@ bool readFileOrResource(const QString& name, const QString& gameDirectory,
     ToolContext context(gameDirectory, arguments);
     if (!context.requireGameDirectory())
         return false;
-    std::unique_ptr<QIODevice> device(context.files().getFile(name));
+    ReadFailure failure;
+    std::unique_ptr<QIODevice> device(context.files().getFile(name, failure));
     if (!device) {
         printError(
             QStringLiteral("Not found in the mod folder, the game's res folder or any archive: ") +
             name);
+        return false;
+    }
+    // Ferrox would close on a member cut short; its bytes are of no use.
+    if (failure.failed()) {
+        printError(failure.message());
         return false;
     }
     bytes = device->readAll();

@@ -43,9 +43,6 @@ public:
     FileManager& files() { return *fileManager; }
     QString gameDirectory() const;
 
-    // Set when a closing box would have been shown.
-    static bool fatalErrorSeen();
-
 private:
     std::unique_ptr<Settings> settings;
     std::unique_ptr<FileManager> fileManager;
@@ -56,6 +53,6 @@ void printError(const QString& message);
 // FILE_OR_NAME as the commands take it: the bytes of a file on disk, or
 // else the resource of that name in the game folder gameDirectory (empty
 // when none was given), found as the program finds it. False when neither
-// works; the reason is already on standard error.
+// works or the member is cut short; the reason is already on standard error.
 bool readFileOrResource(const QString& name, const QString& gameDirectory,
                         const ToolArguments& arguments, QByteArray& bytes);

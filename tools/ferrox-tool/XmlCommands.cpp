@@ -2,8 +2,8 @@
 
 #include "BinaryReader.h"
 #include "FileManager.h"
-#include "MessageBoxes.h"
 #include "PackedXmlReader.h"
+#include "ReadFailure.h"
 #include "ToolContext.h"
 
 #include <QBuffer>
@@ -15,34 +15,24 @@
 #include <memory>
 
 namespace {
-bool closingBoxSeen = false;
-
-// The reader's closing boxes become lines on standard error; any of them
-// means Ferrox would have ended, so the command fails.
-int answerOnStandardError(const MessageBoxRequest& request)
-{
-    if (request.icon == QMessageBox::Critical)
-        closingBoxSeen = true;
-    printError(request.text);
-    return QMessageBox::Ok;
-}
-
 // Reads the document, prints it, and gives the exit code.
 int printDocument(QIODevice& device, const QString& name)
 {
-    setMessageBoxHandler(answerOnStandardError);
     BinaryReader binary(&device);
     PackedXmlReader reader(&binary);
-    const QDomDocument document = reader.read(name);
-    setMessageBoxHandler({});
+    ReadFailure failure;
+    const QDomDocument document = reader.read(name, failure);
 
     // What was read before a fault is still worth seeing.
     const QByteArray text = document.toString(1).toUtf8();
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
     std::fflush(stdout);
 
-    if (closingBoxSeen)
+    // Ferrox would close on the failure, so the command fails.
+    if (failure.failed()) {
+        printError(failure.message());
         return 1;
+    }
     if (document.documentElement().isNull()) {
         printError(QStringLiteral("Not a readable XML document: ") + name);
         return 1;
