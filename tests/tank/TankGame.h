@@ -156,6 +156,10 @@ public:
                                   "</userString><pitchLimits>-15 5</pitchLimits><turretYawLimits>"
                                   "-12 15</turretYawLimits></T01_Big_Gun></shared></guns.xml>");
     }
+    void writeFile(const QString& relative, const QByteArray& content)
+    {
+        game.writeFile(relative, content);
+    }
     void removeRes(const QString& relative) { QFile::remove(path() + "/res/" + relative); }
 
     QString path() const { return game.path(); }
