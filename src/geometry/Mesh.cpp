@@ -66,16 +66,19 @@ void Mesh::deleteGeometries()
     geometries.clear();
 }
 
-void Mesh::setMatrixUniforms(ShaderProgram* program, const Matrix& M)
+void Mesh::setMatrixUniforms(ShaderProgram* program, const Matrix& M, bool depthPass)
 {
     QOpenGLFunctions_3_2_Core* gl = glFunctions();
     const MatrixStack* stack = MatrixStack::instance();
     if (!gl || !stack || !program)
         return;
-    modelView = product(stack->view, M);
-    modelViewProj = product(stack->projection, modelView);
+    // The shadow pass sees the scene from the light and needs no bias.
+    modelView = product(depthPass ? stack->depthView : stack->view, M);
+    modelViewProj = product(depthPass ? stack->depthProjection : stack->projection, modelView);
     const Matrix depthBias =
-        product(stack->depthBias, product(product(stack->depthProjection, stack->depthView), M));
+        depthPass ? identityMatrix()
+                  : product(stack->depthBias,
+                            product(product(stack->depthProjection, stack->depthView), M));
     const std::array<float, 9> modelView3 = upperLeft(modelView);
 
     gl->glUniformMatrix4fv(program->uniformLocation(QStringLiteral("ModelViewProj")), 1, GL_FALSE,
@@ -94,46 +97,58 @@ void Mesh::setMatrixUniforms(ShaderProgram* program, const Matrix& M)
 
 void Mesh::drawVisual(const Matrix& M, Material* material, ShaderProgram* shader)
 {
-    QOpenGLFunctions_3_2_Core* gl = glFunctions();
-    if (!gl || !visual)
+    if (!visual)
         return;
-    for (const RenderSet* set : visual->renderSets) {
-        for (const RenderGeometry* geometry : set->geometries) {
-            if (geometry->vertexBuffer)
-                geometry->vertexBuffer->bind();
-            if (geometry->indexBuffer->buffer)
-                gl->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, geometry->indexBuffer->buffer->name);
+    for (const RenderSet* set : visual->renderSets)
+        drawRenderSet(*set, M, material, shader);
+}
 
-            for (const GroupMaterials* group : geometry->groups) {
-                Material* inUse = materialInMode(*group);
-                if (!inUse)
-                    continue;
-                if (material) {
-                    // The stand-in takes the group's culling and name, so
-                    // wireframe and depth follow each group's sidedness.
-                    material->doubleSided = inUse->doubleSided;
-                    material->name = inUse->name;
-                    inUse = material;
-                }
-                ShaderProgram* program = shader ? shader : inUse->shader;
-                inUse->apply();
-                setMatrixUniforms(program, M);
-                if (geometry->drawable(group->groupIndex))
-                    geometry->indexBuffer->drawGroup(
-                        *geometry->indexBuffer->groups[group->groupIndex]);
+void Mesh::drawRenderSet(const RenderSet& set, const Matrix& M, Material* material,
+                         ShaderProgram* shader, GroupDrawSteps* steps)
+{
+    QOpenGLFunctions_3_2_Core* gl = glFunctions();
+    if (!gl)
+        return;
+    for (const RenderGeometry* geometry : set.geometries) {
+        if (geometry->vertexBuffer)
+            geometry->vertexBuffer->bind();
+        if (geometry->indexBuffer->buffer)
+            gl->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, geometry->indexBuffer->buffer->name);
 
-                gl->glDisable(GL_BLEND);
-                gl->glDisable(GL_CULL_FACE);
-                unbindMaterialTextures(gl, *inUse);
-                if (inUse->shader && inUse->shader->program)
-                    inUse->shader->program->release();
-                gl->glActiveTexture(GL_TEXTURE0);
-                gl->glBindTexture(GL_TEXTURE_2D, 0);
+        for (const GroupMaterials* group : geometry->groups) {
+            Material* inUse = materialInMode(*group);
+            if (!inUse)
+                continue;
+            if (material) {
+                // The stand-in takes the group's culling and name, so
+                // wireframe and depth follow each group's sidedness.
+                material->doubleSided = inUse->doubleSided;
+                material->name = inUse->name;
+                inUse = material;
             }
+            ShaderProgram* program = shader ? shader : inUse->shader;
+            if (steps)
+                steps->beforeApply(*inUse);
+            inUse->apply();
+            if (steps)
+                steps->afterApply(*inUse);
+            setMatrixUniforms(program, M, steps && steps->depthPass);
+            if (geometry->drawable(group->groupIndex))
+                geometry->indexBuffer->drawGroup(*geometry->indexBuffer->groups[group->groupIndex]);
+            if (steps)
+                steps->afterDraw(*inUse);
 
-            gl->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-            if (geometry->vertexBuffer)
-                geometry->vertexBuffer->unbind();
+            gl->glDisable(GL_BLEND);
+            gl->glDisable(GL_CULL_FACE);
+            unbindMaterialTextures(gl, *inUse);
+            if (inUse->shader && inUse->shader->program)
+                inUse->shader->program->release();
+            gl->glActiveTexture(GL_TEXTURE0);
+            gl->glBindTexture(GL_TEXTURE_2D, 0);
         }
+
+        gl->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+        if (geometry->vertexBuffer)
+            geometry->vertexBuffer->unbind();
     }
 }

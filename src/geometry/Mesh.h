@@ -10,6 +10,18 @@ class Material;
 class PrimitiveParser;
 class ShaderProgram;
 
+// What a subclass adds to the shared draw loop around each group: before and
+// after Material::apply, and after the draw call. depthPass sends the
+// shadow pass's matrices instead of the colour pass's.
+struct GroupDrawSteps
+{
+    virtual ~GroupDrawSteps() = default;
+    virtual void beforeApply(Material&) {}
+    virtual void afterApply(Material&) {}
+    virtual void afterDraw(Material&) {}
+    bool depthPass = false;
+};
+
 // The abstract drawable model: matrices, path and the CPU copies of its
 // geometry.
 class Mesh
@@ -43,6 +55,10 @@ protected:
     // The draw loop every mesh shares: render sets, geometries, groups, with
     // M as the placement of the whole visual.
     void drawVisual(const Matrix& M, Material* material, ShaderProgram* shader);
-    // The matrices of the colour pass for placement M, sent through program.
-    void setMatrixUniforms(ShaderProgram* program, const Matrix& M);
+    // The same loop for one render set, with a subclass's own steps.
+    void drawRenderSet(const RenderSet& set, const Matrix& M, Material* material,
+                       ShaderProgram* shader, GroupDrawSteps* steps = nullptr);
+    // The matrices of the colour pass (or of the depth pass) for placement M,
+    // sent through program.
+    void setMatrixUniforms(ShaderProgram* program, const Matrix& M, bool depthPass = false);
 };

@@ -27,10 +27,12 @@ void printError(const QString& message)
 }
 
 const QStringList ToolArguments::valueOptions = {
-    QStringLiteral("resources"), QStringLiteral("mod"),  QStringLiteral("nation"),
-    QStringLiteral("category"),  QStringLiteral("tier"), QStringLiteral("filter"),
-    QStringLiteral("png"),
+    QStringLiteral("resources"), QStringLiteral("mod"),       QStringLiteral("nation"),
+    QStringLiteral("category"),  QStringLiteral("tier"),      QStringLiteral("filter"),
+    QStringLiteral("png"),       QStringLiteral("tank-list"),
 };
+
+const QStringList ToolArguments::flagOptions = {QStringLiteral("json")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {
@@ -42,6 +44,10 @@ ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
             continue;
         }
         const QString name = argument.mid(2);
+        if (flagOptions.contains(name)) {
+            result.options.insert(name, QString());
+            continue;
+        }
         if (!valueOptions.contains(name)) {
             *error = QStringLiteral("unknown option: ") + argument;
             return result;

@@ -19,6 +19,8 @@ struct ToolArguments
 
     // Options that take a value; any other "--name" is an error.
     static const QStringList valueOptions;
+    // Options without a value ("--json"); hasOption tells whether given.
+    static const QStringList flagOptions;
 
     static ToolArguments parse(const QStringList& arguments, QString* error);
     // The value of "--name VALUE", empty when not given.

@@ -5,12 +5,15 @@
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
 #include "SettingsCommands.h"
+#include "TankCommand.h"
 #include "ToolContext.h"
 #include "XmlCommands.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 struct Command
@@ -45,7 +48,18 @@ const Command commands[] = {
      "check GAME_DIR [--mod DIR]    reads every XML, visual, primitives and DDS file;\n"
      "                                lists the ones that fail (exit code 1)",
      checkCommand},
+    {"tank",
+     "tank GAME_DIR NAME [--mod DIR] [--json] [--tank-list FILE]\n"
+     "                                the vehicle Ferrox assembles for a display name:\n"
+     "                                file, parts, turrets and guns, textures (needs OpenGL)",
+     tankCommand},
 };
+
+// Commands that need an OpenGL context, and so a GUI application.
+bool needsGui(const QString& name)
+{
+    return name == QLatin1String("tank");
+}
 
 void printUsage()
 {
@@ -57,7 +71,9 @@ void printUsage()
 
 int main(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
+    const bool gui = argc > 1 && needsGui(QString::fromLocal8Bit(argv[1]));
+    std::unique_ptr<QCoreApplication> application(gui ? new QGuiApplication(argc, argv)
+                                                      : new QCoreApplication(argc, argv));
     QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.isEmpty()) {
         printUsage();

@@ -1,0 +1,46 @@
+// Arbitrary bytes as a vehicle file, packed or plain: read it into turrets,
+// guns and limits as the tank assembly does, without GL. The same document
+// serves as the shared gun file, so that shared guns look their limits up
+// in something. Nothing may crash, hang or read outside the data.
+
+#include "BinaryReader.h"
+#include "MessageBoxes.h"
+#include "PackedXmlReader.h"
+#include "VehicleFile.h"
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QDomDocument>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+// The closing box would need a GUI; here it only has to return.
+void answerBoxesQuietly()
+{
+    static const bool installed = [] {
+        setMessageBoxHandler([](const MessageBoxRequest&) { return int(QMessageBox::Ok); });
+        return true;
+    }();
+    (void)installed;
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    answerBoxesQuietly();
+    QBuffer buffer;
+    buffer.setData(reinterpret_cast<const char*>(data), qsizetype(size));
+    buffer.open(QIODevice::ReadOnly);
+    BinaryReader binary(&buffer);
+    PackedXmlReader reader(&binary);
+    const QDomDocument document = reader.read(QStringLiteral("vehicle.xml"));
+    // Both start indices: a plain file read as packed and the other way
+    // round must be as harmless as the right one.
+    for (const bool plainText : {reader.plainText, !reader.plainText}) {
+        const VehicleFile file = readVehicleFile(document, plainText, document);
+        file.assemblyProblem();
+    }
+    return 0;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Mesh.h"
+
+struct Node;
+struct TransformChain;
+
+// The mesh of one visible part of a vehicle. It places itself on load by the
+// joints of the part it hangs on (its parent mesh), and at draw time it
+// multiplies its placement onto the vehicle's transform chain.
+class TankMesh : public Mesh
+{
+public:
+    enum PartType
+    {
+        Chassis = 0,
+        Hull = 1,
+        Turret = 2,
+        Gun = 3,
+        // A turret or gun loaded only for its texture coordinates: not placed,
+        // never drawn.
+        UvOnly = 4
+    };
+
+    // parent: the part this one hangs on (chassis for the hull, hull for the
+    // turret, turret for the gun), null for the chassis. chain: the loader's.
+    TankMesh(Mesh* parent, TransformChain* chain);
+    ~TankMesh() override;
+
+    // The parts must be loaded in the order chassis, hull, turret, gun: each
+    // reads the joints of the one before. A turret's or gun's offset is only
+    // a default; it becomes the joint's position.
+    bool load(const QString& path, const Vector3& offset, int partType, bool perTankTextures);
+    void unload() override;
+    // OBJ export comes with the exporter; until then nothing is written.
+    bool exportObj() override { return false; }
+    void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;
+    bool reload() override;
+
+    int partType = Chassis;
+    // The chain's matrix the first render set was placed with at the last
+    // draw, hidden or not; identity before any draw.
+    Matrix placement;
+
+private:
+    void release();
+    // The named node of this mesh's visual (or of another mesh's): the root
+    // itself when it has that name, else a descendant; null when none.
+    static Node* findNode(const Mesh* mesh, const QString& name);
+    const Mesh* chassisMesh() const;
+    void place();
+
+    TransformChain* chain;
+};

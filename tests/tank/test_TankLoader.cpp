@@ -1,0 +1,311 @@
+#include "TankLoader.h"
+
+#include "Database.h"
+#include "LogCapture.h"
+#include "MessageBoxRecorder.h"
+#include "QtPrinters.h"
+#include "SceneFixture.h"
+#include "TankGame.h"
+#include "TankInfo.h"
+#include "TankMesh.h"
+#include "TurretGunChooser.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace tankgame;
+
+namespace {
+
+const QString BoxTank = QStringLiteral("Box Tank");
+
+// Triangles of the parts: 2 x cells x cells with 1, 2, 3, 4 cells; the big
+// gun has 5.
+constexpr int ChassisTriangles = 2, HullTriangles = 8, TurretTriangles = 18, GunTriangles = 32,
+              BigGunTriangles = 50;
+
+Vector3 translationOf(const Matrix& m)
+{
+    return {m[12], m[13], m[14]};
+}
+
+// m applied to the point p.
+Vector3 transformed(const Matrix& m, const Vector3& p)
+{
+    Vector3 out;
+    for (int row = 0; row < 3; ++row)
+        out[row] = m[row] * p[0] + m[4 + row] * p[1] + m[8 + row] * p[2] + m[12 + row];
+    return out;
+}
+
+void expectNear(const Vector3& got, const Vector3& expected)
+{
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(got[i], expected[i], 1e-4) << "component " << i;
+}
+
+class TankLoaderTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!scene.ready())
+            GTEST_SKIP() << "no OpenGL 3.2 core context";
+        database.tankListPath = game.tankListPath();
+        database.rebuildDatabase();
+        loader = std::make_unique<TankLoader>();
+        loader->window.turretRange = [this](float a, float b) { turretRange = {a, b}; };
+        loader->window.gunRange = [this](float a, float b) { gunRange = {a, b}; };
+        loader->window.addRecent = [this](const QString& name) { recent.append(name); };
+        loader->window.visualText = [this](int part, const QString& text) {
+            visualTexts[part] = text;
+        };
+    }
+    void TearDown() override
+    {
+        if (scene.ready())
+            scene.gl.context.makeCurrent(&scene.gl.surface);
+        loader.reset();
+    }
+
+    bool loadWith(const QString& vehicle, bool packed = false,
+                  TankGame::Place place = TankGame::Loose)
+    {
+        game.writeVehicle(vehicle, packed, place);
+        if (place == TankGame::InArchive)
+            scene.files->loadZipFiles();
+        return loader->load(BoxTank);
+    }
+    // Draws nothing but walks the chain, as a frame does.
+    void walkChain()
+    {
+        const bool flags[] = {loader->hideChassis, loader->hideHull, loader->hideTurret,
+                              loader->hideGun};
+        loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = true;
+        loader->render(1);
+        loader->hideChassis = flags[0];
+        loader->hideHull = flags[1];
+        loader->hideTurret = flags[2];
+        loader->hideGun = flags[3];
+    }
+    TankMesh* part(int which) { return loader->mesh(which, loader->damageMode); }
+
+    TankGame game;
+    SceneFixture scene{game.path(), game.resourcesPath()};
+    Database database;
+    MessageBoxRecorder boxes;
+    std::unique_ptr<TankLoader> loader;
+    Vector2 turretRange{99, 99};
+    Vector2 gunRange{99, 99};
+    QStringList recent;
+    QString visualTexts[TankLoader::PartCount];
+};
+
+TEST_F(TankLoaderTest, PartsArePlacedByTheJointsOfThePartBefore)
+{
+    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    for (int state = 0; state < TankLoader::MeshStates; ++state) {
+        loader->damageMode = state;
+        // The "tank" node scales y by 2: the chassis by its own node and by
+        // the vehicle's scale, the hull by the vehicle's alone.
+        EXPECT_EQ(part(TankLoader::ChassisPart)->model, scalingMatrix({1, 4, 1}));
+        Matrix hull = scalingMatrix({1, 2, 1});
+        hull[12] = -0.1f, hull[13] = 0.4f;
+        EXPECT_EQ(part(TankLoader::HullPart)->model, hull);
+        // The file's turret position (-0.25, 1.5, -0.5) and gun position
+        // (0, 0.3, 1) give way to the joints, x mirrored.
+        EXPECT_EQ(part(TankLoader::TurretPart)->offset, (Vector3{-0.5f, 1.2f, -0.3f}));
+        EXPECT_EQ(translationOf(part(TankLoader::TurretPart)->model),
+                  (Vector3{-0.5f, 1.2f, -0.3f}));
+        EXPECT_EQ(part(TankLoader::GunPart)->offset, (Vector3{-0.2f, 0.3f, 0.95f}));
+        EXPECT_EQ(part(TankLoader::HullPart)->offset, (Vector3{-0.1f, 0.4f, 0}));
+    }
+}
+
+TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
+{
+    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    const struct
+    {
+        float tank, turret, gun;
+        Vector3 turretOrigin, gunOrigin, gunTip;
+    } cases[] = {
+        {0, 0, 0, {-0.6f, 2.8f, -0.3f}, {-0.8f, 3.4f, 0.65f}, {-0.8f, 3.4f, 1.65f}},
+        {0, 90, 0, {-0.7f, 2.8f, -0.4f}, {0.25f, 3.4f, -0.2f}, {1.25f, 3.4f, -0.2f}},
+        // The gun turns about its own joint: its origin stays, the tip rises.
+        {0, 0, 30, {-0.6f, 2.8f, -0.3f}, {-0.8f, 3.4f, 0.65f}, {-0.8f, 4.4f, 1.516f}},
+        {90, 0, 0, {-0.3f, 2.8f, 0.6f}, {0.65f, 3.4f, 0.8f}, {1.65f, 3.4f, 0.8f}},
+        {30,
+         45,
+         10,
+         {-0.7303f, 2.8f, -0.0064f},
+         {0.1355f, 3.4f, 0.4327f},
+         {1.0868f, 3.7473f, 0.6876f}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.tank << " " << c.turret << " " << c.gun);
+        loader->setTankRotation(c.tank);
+        loader->setTurretRotation(c.turret);
+        loader->setGunRotation(c.gun);
+        walkChain();
+        // The chassis leaves the chain as it found it: the hull carries only
+        // the vehicle's rotation and its own placement.
+        EXPECT_EQ(part(TankLoader::ChassisPart)->placement,
+                  matrixProduct(loader->tankRotation, part(TankLoader::ChassisPart)->model));
+        EXPECT_EQ(part(TankLoader::HullPart)->placement,
+                  matrixProduct(loader->tankRotation, part(TankLoader::HullPart)->model));
+        expectNear(transformed(part(TankLoader::TurretPart)->placement, {0, 0, 0}), c.turretOrigin);
+        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 0}), c.gunOrigin);
+        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 1}), c.gunTip);
+    }
+}
+
+TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
+{
+    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    loader->setTurretRotation(20);
+    walkChain();
+    const Matrix turretPlaced = part(TankLoader::TurretPart)->placement;
+    const Matrix gunPlaced = part(TankLoader::GunPart)->placement;
+    const struct
+    {
+        bool chassis, hull, turret, gun;
+        int triangles;
+    } cases[] = {
+        {false, false, false, false,
+         ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles},
+        {false, true, false, false, ChassisTriangles + TurretTriangles + GunTriangles},
+        {true, false, true, false, HullTriangles + GunTriangles},
+        {true, true, true, true, 0},
+    };
+    scene.gl.makeTarget(16, 16);
+    for (const auto& c : cases) {
+        loader->hideChassis = c.chassis;
+        loader->hideHull = c.hull;
+        loader->hideTurret = c.turret;
+        loader->hideGun = c.gun;
+        EXPECT_EQ(loader->triangleCount(), c.triangles);
+        // A real frame with these parts shown: a hidden hull still places
+        // the turret and gun.
+        loader->render(1);
+        EXPECT_EQ(part(TankLoader::TurretPart)->placement, turretPlaced);
+        EXPECT_EQ(part(TankLoader::GunPart)->placement, gunPlaced);
+    }
+}
+
+TEST_F(TankLoaderTest, PackedPlainArchivedAndModFilesGiveTheSameVehicle)
+{
+    const struct
+    {
+        bool packed;
+        TankGame::Place place;
+        TankLoader::Source source;
+        int startIndex;
+    } cases[] = {
+        {false, TankGame::Loose, TankLoader::Source::LooseFile, 0},
+        {true, TankGame::Loose, TankLoader::Source::LooseFile, 1},
+        {true, TankGame::InArchive, TankLoader::Source::Archive, 1},
+        {false, TankGame::InMod, TankLoader::Source::ModFolder, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(TankLoader::sourceName(c.source).toStdString());
+        game.removeRes(VehiclePath);
+        // The table finds the vehicle in the game; the mod folder's file
+        // overrides the loose one, which here says something else.
+        if (c.place == TankGame::InMod) {
+            game.writeVehicle(TankGame::vehicleText("", "Hull"), false, TankGame::Loose);
+            scene.settings->modPath = game.modPath();
+        }
+        ASSERT_TRUE(loadWith(TankGame::vehicleText(), c.packed, c.place));
+        EXPECT_EQ(loader->vehicleSource, c.source);
+        EXPECT_EQ(loader->startIndex, c.startIndex);
+        ASSERT_EQ(loader->chooser->turrets.size(), 1);
+        EXPECT_EQ(loader->chooser->turrets[0].guns.size(), 2);
+        EXPECT_EQ(loader->triangleCount(),
+                  ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles);
+        EXPECT_EQ(loader->name, BoxTank);
+        EXPECT_EQ(loader->hullHealth, 300);
+        scene.settings->modPath.clear();
+    }
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+}
+
+TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
+{
+    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    EXPECT_EQ(recent, QStringList{BoxTank});
+    for (const QString& text : visualTexts)
+        EXPECT_TRUE(text.contains("renderSet"));
+    EXPECT_EQ(loader->chooser->currentTurretName, TurretName);
+    EXPECT_EQ(loader->chooser->currentGunName, GunName);
+    // Turret yaw -30..40 turned round for the spin box; pitch -20..8 too.
+    EXPECT_EQ(turretRange, (Vector2{-40, 30}));
+    EXPECT_EQ(gunRange, (Vector2{-8, 20}));
+
+    // The big gun, shared, from the second element of the same turret name:
+    // its own yaw limits stand for the turret's.
+    loader->loadTurretGun(TurretName, BigGunName);
+    EXPECT_TRUE(loader->loaded);
+    EXPECT_EQ(loader->triangleCount(),
+              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+    EXPECT_EQ(turretRange, (Vector2{-15, 12}));
+    EXPECT_EQ(gunRange, (Vector2{-5, 15}));
+
+    ASSERT_TRUE(loader->reload());
+    EXPECT_EQ(loader->chooser->currentGunName, BigGunName);
+    EXPECT_EQ(loader->triangleCount(),
+              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+
+    loader->changeTurret(TurretName);
+    EXPECT_EQ(loader->chooser->currentGunName, GunName);
+    EXPECT_EQ(gunRange, (Vector2{-8, 20}));
+}
+
+TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
+{
+    LogCapture log;
+    const QString failure = "Failed to parse xml file for tank: Box Tank";
+    const struct
+    {
+        const char* what;
+        QString vehicle;
+        bool withGunFile;
+        QString logged;
+        bool box;
+    } cases[] = {
+        {"no turret", TankGame::vehicleText(""), true,
+         failure + " (the vehicle file has no turret)", true},
+        {"turret without gun", TankGame::vehicleText(TankGame::turretText("T", "")), true,
+         failure + " (turret T has no gun)", true},
+        {"no gun file", TankGame::vehicleText(), false,
+         failure + " (no gun file scripts/item_defs/vehicles/testland/components/guns.xml)", true},
+        {"missing hull model", TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"), true,
+         "Failed loading: " + Folder + "Nothing.primitives", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+        log.lines.clear();
+        boxes.boxes.clear();
+        if (!c.withGunFile)
+            game.removeRes(GunFilePath);
+        EXPECT_FALSE(loadWith(c.vehicle));
+        EXPECT_FALSE(loader->loaded);
+        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
+        EXPECT_TRUE(loader->chooser->currentGunName.isEmpty());
+        EXPECT_EQ(loader->triangleCount(), 0);
+        EXPECT_TRUE(log.lines.join('\n').contains(c.logged)) << log.lines.join('\n').toStdString();
+        ASSERT_EQ(boxes.boxes.size(), c.box ? 1 : 0);
+        if (c.box) {
+            EXPECT_EQ(boxes.boxes[0].text, failure);
+        }
+        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+        game.writeGunFile();
+    }
+    // A name the table does not have fails quietly.
+    EXPECT_FALSE(loader->load("Nobody"));
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+}
+
+} // namespace

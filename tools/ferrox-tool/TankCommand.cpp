@@ -1,0 +1,254 @@
+#include "TankCommand.h"
+
+#include "BufferManager.h"
+#include "Database.h"
+#include "Log.h"
+#include "MaterialLoader.h"
+#include "MatrixStack.h"
+#include "MoReaderCached.h"
+#include "SceneLight.h"
+#include "Settings.h"
+#include "ShaderLoader.h"
+#include "StartupError.h"
+#include "TankInfo.h"
+#include "TankLoader.h"
+#include "TankMesh.h"
+#include "TextureLoader.h"
+#include "ToolContext.h"
+#include "TurretGunChooser.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QSurfaceFormat>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+const char* const PartNames[] = {"chassis", "hull", "turret", "gun"};
+
+void printLine(const QString& text)
+{
+    std::printf("%s\n", text.toUtf8().constData());
+}
+
+QJsonArray numbers(std::initializer_list<float> values)
+{
+    QJsonArray array;
+    for (float value : values)
+        array.append(double(value));
+    return array;
+}
+
+QJsonArray matrixArray(const Matrix& m)
+{
+    QJsonArray array;
+    for (float value : m)
+        array.append(double(value));
+    return array;
+}
+
+// An off-screen 3.2 core context, current while it lives, and the managers
+// the viewport would make, in the viewport's order.
+class OffscreenScene
+{
+public:
+    OffscreenScene()
+    {
+        QSurfaceFormat format;
+        format.setVersion(3, 2);
+        format.setProfile(QSurfaceFormat::CoreProfile);
+        surface.setFormat(format);
+        surface.create();
+        context.setFormat(format);
+        if (!context.create() || !context.makeCurrent(&surface) ||
+            context.format().version() < qMakePair(3, 2))
+            return;
+        if (Settings* settings = Settings::instance())
+            settings->shaderDir = QCoreApplication::applicationDirPath() +
+                                  QStringLiteral("/../data/shaders/glsl150/");
+        buffers = std::make_unique<BufferManager>();
+        shaders = std::make_unique<ShaderLoader>();
+        if (!shaders->loadShaders())
+            return;
+        matrices = std::make_unique<MatrixStack>();
+        materials = std::make_unique<MaterialLoader>();
+        materials->light = &light;
+        textures = std::make_unique<TextureLoader>();
+        materials->createDefaultMaterials();
+        ready = true;
+    }
+    ~OffscreenScene()
+    {
+        context.makeCurrent(&surface);
+        loader.reset();
+        materials.reset();
+        textures.reset();
+        matrices.reset();
+        shaders.reset();
+        buffers.reset();
+        context.doneCurrent();
+    }
+
+    bool ready = false;
+    QOffscreenSurface surface;
+    QOpenGLContext context;
+    SceneLight light;
+    std::unique_ptr<BufferManager> buffers;
+    std::unique_ptr<ShaderLoader> shaders;
+    std::unique_ptr<MatrixStack> matrices;
+    std::unique_ptr<MaterialLoader> materials;
+    std::unique_ptr<TextureLoader> textures;
+    std::unique_ptr<TankLoader> loader;
+};
+
+QJsonArray partsArray(const TankLoader& loader)
+{
+    QJsonArray parts;
+    for (int state = 0; state < TankLoader::MeshStates; ++state)
+        for (int part = 0; part < TankLoader::PartCount; ++part) {
+            const TankMesh* mesh = loader.mesh(part, state);
+            parts.append(QJsonObject{{"part", PartNames[part]},
+                                     {"state", state},
+                                     {"model", mesh->path},
+                                     {"matrix", matrixArray(mesh->model)},
+                                     {"triangles", mesh->visual->triangleCount()}});
+        }
+    return parts;
+}
+
+QJsonArray turretsArray(const TurretGunChooser& chooser)
+{
+    QJsonArray turrets;
+    for (const Turret& turret : chooser.turrets) {
+        QJsonArray guns;
+        for (const Gun& gun : turret.guns)
+            guns.append(QJsonObject{{"name", gun.name},
+                                    {"tag", gun.tag},
+                                    {"pitch", numbers({gun.pitchMin, gun.pitchMax})},
+                                    {"yaw", numbers({gun.yawMin, gun.yawMax})}});
+        turrets.append(QJsonObject{{"name", turret.name},
+                                   {"tag", turret.tag},
+                                   {"yaw", numbers({turret.yawMin, turret.yawMax})},
+                                   {"guns", guns}});
+    }
+    return turrets;
+}
+
+QJsonObject texturesObject(const TankInfo& info)
+{
+    return QJsonObject{{"diffuse", QJsonArray::fromStringList(info.diffuseTextures)},
+                       {"normal", QJsonArray::fromStringList(info.normalTextures)},
+                       {"specular", QJsonArray::fromStringList(info.specularTextures)},
+                       {"metallicGloss", QJsonArray::fromStringList(info.metallicGlossTextures)},
+                       {"metallicDetail", QJsonArray::fromStringList(info.metallicDetailTextures)},
+                       {"exclusion", QJsonArray::fromStringList(info.exclusionTextures)},
+                       {"texformat", QJsonArray::fromStringList(info.texformatFiles)},
+                       {"all", QJsonArray::fromStringList(info.allTextureFiles)}};
+}
+
+QString jsonNumbers(const QJsonValue& value)
+{
+    QStringList parts;
+    for (const QJsonValue& number : value.toArray())
+        parts.append(QString::number(number.toDouble(), 'g', 6));
+    return parts.join(QLatin1Char(' '));
+}
+
+void printText(const QJsonObject& tank)
+{
+    printLine(QStringLiteral("name: ") + tank["name"].toString());
+    printLine(QStringLiteral("file: ") + tank["file"].toString() + QStringLiteral(" (") +
+              tank["source"].toString() + QLatin1Char(')'));
+    for (const QJsonValue& value : tank["parts"].toArray()) {
+        const QJsonObject part = value.toObject();
+        printLine(QStringLiteral("%1 state %2: %3, %4 triangles")
+                      .arg(part["part"].toString())
+                      .arg(part["state"].toInt())
+                      .arg(part["model"].toString())
+                      .arg(part["triangles"].toInt()));
+        printLine(QStringLiteral("  model: ") + jsonNumbers(part["matrix"]));
+    }
+    for (const QJsonValue& value : tank["turrets"].toArray()) {
+        const QJsonObject turret = value.toObject();
+        printLine(QStringLiteral("turret %1 (%2): yaw %3")
+                      .arg(turret["name"].toString(), turret["tag"].toString(),
+                           jsonNumbers(turret["yaw"])));
+        for (const QJsonValue& gunValue : turret["guns"].toArray()) {
+            const QJsonObject gun = gunValue.toObject();
+            printLine(QStringLiteral("  gun %1 (%2): pitch %3, yaw %4")
+                          .arg(gun["name"].toString(), gun["tag"].toString(),
+                               jsonNumbers(gun["pitch"]), jsonNumbers(gun["yaw"])));
+        }
+    }
+    const QJsonObject textures = tank["textures"].toObject();
+    for (const QString& kind : textures.keys()) {
+        printLine(QStringLiteral("textures ") + kind + QLatin1Char(':'));
+        for (const QJsonValue& path : textures[kind].toArray())
+            printLine(QStringLiteral("  ") + path.toString());
+    }
+}
+
+} // namespace
+
+int tankCommand(const ToolArguments& arguments)
+{
+    if (arguments.positional.size() != 2) {
+        printError(QStringLiteral("usage: ferrox-tool tank GAME_DIR NAME [--mod DIR] [--json] "
+                                  "[--tank-list FILE] [--resources FILE]"));
+        return 2;
+    }
+    ToolContext context(arguments.positional[0], arguments);
+    if (!context.requireGameDirectory())
+        return 1;
+    Log::setFallbackSink([](const QString& message, int level) {
+        if (level >= Log::Warning)
+            printError(
+                (level == Log::Error ? QStringLiteral("error: ") : QStringLiteral("warning: ")) +
+                message);
+    });
+    resetStartupState();
+
+    MoReaderCached catalogues;
+    Database database;
+    if (arguments.hasOption(QStringLiteral("tank-list")))
+        database.tankListPath = arguments.option(QStringLiteral("tank-list"));
+    database.rebuildDatabase();
+    if (startupErrorPending())
+        printError(takeStartupError());
+    const QString name = arguments.positional[1];
+    if (database.xmlFile(name).isEmpty()) {
+        printError(QStringLiteral("Not in the vehicle table: ") + name);
+        return 1;
+    }
+
+    OffscreenScene scene;
+    if (!scene.ready) {
+        printError(QStringLiteral("No OpenGL 3.2 core context with the program's shaders"));
+        return 1;
+    }
+    scene.loader = std::make_unique<TankLoader>();
+    TankLoader& loader = *scene.loader;
+    if (!loader.load(name)) {
+        printError(QStringLiteral("Ferrox cannot assemble: ") + name);
+        return 1;
+    }
+
+    const QJsonObject tank{{"name", name},
+                           {"file", loader.vehicleFilePath},
+                           {"source", TankLoader::sourceName(loader.vehicleSource)},
+                           {"parts", partsArray(loader)},
+                           {"turrets", turretsArray(*loader.chooser)},
+                           {"textures", texturesObject(*loader.info)}};
+    if (arguments.hasOption(QStringLiteral("json")))
+        std::printf("%s\n", QJsonDocument(tank).toJson(QJsonDocument::Compact).constData());
+    else
+        printText(tank);
+    std::fflush(stdout);
+    return 0;
+}
