@@ -7,5 +7,5 @@ cd "$(dirname "$0")/.."
 
 bash scripts/build.sh
 BUILD_DIR=${FERROX_BUILD_DIR:-build}
-"$BUILD_DIR/bin_x64/ferrox-tool" init-settings "$BUILD_DIR/sample-game"
+"$BUILD_DIR/bin_x64/ferrox-tool" init-settings "$BUILD_DIR/sample-game" --mod "$BUILD_DIR/sample-game-mod"
 exec "$BUILD_DIR/bin_x64/ferrox" "$@"

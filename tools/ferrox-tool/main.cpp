@@ -28,7 +28,7 @@ const Command commands[] = {
      listCommand},
     {"cat", "cat GAME_DIR NAME [--mod DIR]  the bytes Ferrox reads for NAME", catCommand},
     {"init-settings",
-     "init-settings GAME_DIR        a first settings.cfg for the program beside "
+     "init-settings GAME_DIR [--mod DIR]  a first settings.cfg for the program beside "
      "this tool, unless one exists",
      initSettingsCommand},
     {"xml", "xml FILE_OR_NAME [GAME_DIR]   the document as Ferrox reads it", xmlCommand},
