@@ -2,13 +2,12 @@
 
 // A small hand-built game folder with one vehicle, "Box Tank", of four
 // plain-text parts in two states, a vehicle table built over it, and the
-// shared gun file. Vehicle files are written per test, plain or packed,
-// loose, in an archive or in a mod folder.
+// shared gun file. Unlike the sample's vehicles its joints and positions lie
+// off the centre line and its chassis node is scaled, so that mirroring and
+// scale faults show. Vehicle files are written loose, per test.
 
-#include "PackedXmlWriter.h"
 #include "PrimitivesBuilder.h"
 #include "TestRoot.h"
-#include "ZipBuilder.h"
 
 #include <QDir>
 #include <QFile>
@@ -49,8 +48,6 @@ struct PartModel
     QString tree;    // nodes below "Scene Root"
     QString setNode; // the render set's node
     int cells;
-    QString diffuse; // texture path of the diffuseMap property
-    QString extraProperties;
 };
 
 class TankGame
@@ -68,41 +65,30 @@ public:
         writeData("tank_list.cfg",
                   "<tank_list.cfg><testland><ResPath>scripts/item_defs/vehicles/testland"
                   "</ResPath><DataPath>vehicles/Testland</DataPath></testland></tank_list.cfg>");
-        writeData("resources.cfg", "<resources><Zip>test.pkg</Zip></resources>");
+        writeData("resources.cfg", "<resources></resources>");
 
-        const QString tex = Folder;
         const QList<PartModel> parts = {
-            {"Chassis", node("tank", "", transform("0 0 0", "1 2 1")), "tank", 1, "",
-             "<property>normalMap<Texture>" + tex +
-                 "Chassis_ANM.dds</Texture></property><property>metallicGlossMap<Texture>"
-                 "</Texture></property>"},
-            {"Hull", node("hull", node("HP_turretJoint", "", transform("0.5 1.2 -0.3"))), "hull", 2,
-             tex + "Hull_AM.dds", ""},
+            {"Chassis", node("tank", "", transform("0 0 0", "1 2 1")), "tank", 1},
+            {"Hull", node("hull", node("HP_turretJoint", "", transform("0.5 1.2 -0.3"))), "hull",
+             2},
             {"Turret", node("turret", node("HP_gunJoint", "", transform("0.2 0.3 0.95"))), "turret",
-             3, "VEHICLES/Testland/T01_Box/hull_am.DDS", ""},
-            {"Gun", node("gun"), "gun", 4, tex + "Gun_AM", ""},
-            {"BigGun", node("gun"), "gun", 5, tex + "Gun_AM.dds", ""},
+             3},
+            {"Gun", node("gun"), "gun", 4},
+            {"BigGun", node("gun"), "gun", 5},
         };
-        for (PartModel part : parts) {
+        for (const PartModel& part : parts) {
             writePart(Folder, part);
-            if (part.file == "Hull")
-                part.diffuse = tex + "Hull_crash_AM.dds";
             writePart(Folder + "crash/", part);
         }
-        archive.add((Folder + "Hull_AM.texformat").toLatin1(),
-                    "<Hull_AM.texformat><mip_info><mip>" + (Folder + "Hull_AM_hd.dds").toLatin1() +
-                        "</mip></mip_info></Hull_AM.texformat>");
-        writeArchive();
     }
 
-    static QString turretText(const QString& tag, const QString& guns,
-                              const QString& model = "Turret")
+    static QString turretText(const QString& tag, const QString& guns)
     {
-        return QStringLiteral("<%1><userString>%2</userString><models><undamaged>%3%4.model"
-                              "</undamaged><destroyed>%3crash/%4.model</destroyed></models>"
+        return QStringLiteral("<%1><userString>%2</userString><models><undamaged>%3Turret.model"
+                              "</undamaged><destroyed>%3crash/Turret.model</destroyed></models>"
                               "<maxHealth>100</maxHealth><yawLimits>-30 40</yawLimits>"
-                              "<gunPosition>0 0.3 1</gunPosition><guns>%5</guns></%1>")
-            .arg(tag, TurretName, Folder, model, guns);
+                              "<gunPosition>0 0.3 1</gunPosition><guns>%4</guns></%1>")
+            .arg(tag, TurretName, Folder, guns);
     }
     static QString gunText(const QString& tag, const QString& model, const QString& extra)
     {
@@ -121,8 +107,7 @@ public:
                                const QString& hullModel = "Hull")
     {
         return QStringLiteral(
-                   "<t01_box.xml><camouflage><exclusionMask>%1mask.dds</exclusionMask>"
-                   "</camouflage><hull><models><undamaged>%1%3.model</undamaged><destroyed>"
+                   "<t01_box.xml><hull><models><undamaged>%1%3.model</undamaged><destroyed>"
                    "%1crash/%3.model</destroyed></models><maxHealth>300</maxHealth>"
                    "<turretPositions><turret>0.25 1.5 -0.5</turret></turretPositions></hull>"
                    "<chassis><T01_Box_Chassis><models><undamaged>%1Chassis.model</undamaged>"
@@ -132,38 +117,16 @@ public:
             .arg(Folder, turrets, hullModel);
     }
 
-    enum Place
-    {
-        Loose,
-        InArchive,
-        InMod
-    };
-    void writeVehicle(const QString& text, bool packed = false, Place place = Loose)
-    {
-        const QByteArray bytes = packed ? packedxml::pack(text) : text.toUtf8();
-        if (place == Loose)
-            writeRes(VehiclePath, bytes);
-        else if (place == InMod)
-            write(mod.path() + '/' + VehiclePath, bytes);
-        else {
-            archive.add(VehiclePath.toLatin1(), bytes);
-            writeArchive();
-        }
-    }
+    void writeVehicle(const QString& text) { writeRes(VehiclePath, text.toUtf8()); }
     void writeGunFile()
     {
         writeRes(GunFilePath, "<guns.xml><shared><T01_Big_Gun><userString>" + BigGunName.toUtf8() +
                                   "</userString><pitchLimits>-15 5</pitchLimits><turretYawLimits>"
                                   "-12 15</turretYawLimits></T01_Big_Gun></shared></guns.xml>");
     }
-    void writeFile(const QString& relative, const QByteArray& content)
-    {
-        game.writeFile(relative, content);
-    }
     void removeRes(const QString& relative) { QFile::remove(path() + "/res/" + relative); }
 
     QString path() const { return game.path(); }
-    QString modPath() const { return mod.path(); }
     QString tankListPath() const { return data.path() + "/tank_list.cfg"; }
     QString resourcesPath() const { return data.path() + "/resources.cfg"; }
 
@@ -183,7 +146,6 @@ private:
     {
         write(data.path() + '/' + name, content);
     }
-    void writeArchive() { write(path() + "/res/packages/test.pkg", archive.build()); }
     void writePart(const QString& folder, const PartModel& part)
     {
         QList<primitives::Vertex> vertices;
@@ -195,24 +157,18 @@ private:
                       {(part.file + ".indices").toLatin1(),
                        primitives::indexChunk(indices, {{0, 2 * part.cells * part.cells, 0,
                                                          qint32(vertices.size())}})}}));
-        const QString diffuse = part.diffuse.isEmpty() ? QString()
-                                                       : "<property>diffuseMap<Texture>" +
-                                                             part.diffuse + "</Texture></property>";
         writeRes(folder + part.file + ".visual",
                  QStringLiteral("<%1.visual>%2<renderSet><node>%3</node><geometry><vertices>"
                                 "%1.vertices</vertices><primitive>%1.indices</primitive>"
-                                "<primitiveGroup>0<material><identifier>%1</identifier>%4%5"
+                                "<primitiveGroup>0<material><identifier>%1</identifier>"
                                 "<fx>shaders/std_effects/lightonly.fx</fx></material>"
                                 "</primitiveGroup></geometry></renderSet></%1.visual>")
-                     .arg(part.file, node("Scene Root", part.tree), part.setNode, diffuse,
-                          part.extraProperties)
+                     .arg(part.file, node("Scene Root", part.tree), part.setNode)
                      .toUtf8());
     }
 
     GameTree game;
     QTemporaryDir data;
-    QTemporaryDir mod;
-    ZipBuilder archive;
 };
 
 } // namespace tankgame

@@ -1,6 +1,4 @@
-#include "Msgfmt.h"
 #include "QtPrinters.h"
-#include "TankGame.h"
 #include "ToolRunner.h"
 
 #include <QJsonArray>
@@ -9,9 +7,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace tankgame;
-
 namespace {
+
+const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
 
 QStringList numbers(const QJsonValue& value)
 {
@@ -23,76 +21,71 @@ QStringList numbers(const QJsonValue& value)
 
 TEST(TankCommand, JsonDescribesTheAssembledVehicle)
 {
-    TankGame game;
-    game.writeVehicle(TankGame::vehicleText(), true);
-    // The tool reads the game's catalogues, as the program does.
-    game.writeFile("res/text/LC_MESSAGES/testland_vehicles.mo",
-                   compileCatalogue({{"T01_Turret", "Box Turret"}, {"Big_Gun", "Big Gun"}}));
-    const QStringList common{"--resources", game.resourcesPath(), "--tank-list",
-                             game.tankListPath()};
-    const ToolResult result =
-        runTool(QStringList{"tank", game.path(), "Box Tank", "--json"} + common);
+    const ToolResult result = runTool({"tank", Game, "Talon", "--json"});
     if (result.err.contains("No OpenGL"))
         GTEST_SKIP() << "no OpenGL 3.2 core context";
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     ASSERT_EQ(result.out.count('\n'), 1);
     const QJsonObject tank = QJsonDocument::fromJson(result.out).object();
-    EXPECT_EQ(tank["name"].toString(), "Box Tank");
-    EXPECT_EQ(tank["file"].toString(), VehiclePath);
-    EXPECT_EQ(tank["source"].toString(), "loose");
+    EXPECT_EQ(tank["name"].toString(), "Talon");
+    EXPECT_EQ(tank["file"].toString(), "scripts/item_defs/vehicles/ardenia/a01_talon.xml");
+    EXPECT_EQ(tank["source"].toString(), "archive");
 
+    const QString folder = QStringLiteral("vehicles/Ardenia/A01_Talon/");
     const QJsonArray parts = tank["parts"].toArray();
     ASSERT_EQ(parts.size(), 8);
     const QJsonObject hull = parts[1].toObject();
     EXPECT_EQ(hull["part"].toString(), "hull");
     EXPECT_EQ(hull["state"].toInt(), 0);
-    EXPECT_EQ(hull["model"].toString(), Folder + "Hull.model");
-    EXPECT_EQ(hull["triangles"].toInt(), 8);
-    EXPECT_EQ(numbers(hull["matrix"]).join(' '), "1 0 0 0 0 2 0 0 0 0 1 0 -0.1 0.4 0 1");
+    EXPECT_EQ(hull["model"].toString(), folder + "normal/lod0/Hull.model");
+    EXPECT_EQ(hull["triangles"].toInt(), 80);
+    EXPECT_EQ(numbers(hull["matrix"]).join(' '), "1 0 0 0 0 1 0 0 0 0 1 0 0 0.38 0 1");
     const QJsonObject destroyedGun = parts[7].toObject();
     EXPECT_EQ(destroyedGun["part"].toString(), "gun");
     EXPECT_EQ(destroyedGun["state"].toInt(), 1);
-    EXPECT_EQ(destroyedGun["model"].toString(), Folder + "crash/Gun.model");
+    EXPECT_EQ(destroyedGun["model"].toString(), folder + "crash/lod0/Gun_01.model");
 
+    // Names come from the game's catalogues, as in the program.
     const QJsonArray turrets = tank["turrets"].toArray();
-    ASSERT_EQ(turrets.size(), 1);
+    ASSERT_EQ(turrets.size(), 2);
     const QJsonObject turret = turrets[0].toObject();
-    EXPECT_EQ(turret["name"].toString(), "Box Turret");
-    EXPECT_EQ(turret["tag"].toString(), "T01_Turret");
-    EXPECT_EQ(numbers(turret["yaw"]), (QStringList{"-30", "40"}));
+    EXPECT_EQ(turret["name"].toString(), "Talon turret");
+    EXPECT_EQ(turret["tag"].toString(), "A01_Talon_Turret");
+    EXPECT_EQ(numbers(turret["yaw"]), (QStringList{"-180", "180"}));
     const QJsonArray guns = turret["guns"].toArray();
     ASSERT_EQ(guns.size(), 2);
-    EXPECT_EQ(guns[1].toObject()["name"].toString(), "Big Gun");
-    EXPECT_EQ(numbers(guns[1].toObject()["pitch"]), (QStringList{"-5", "15"}));
-    EXPECT_EQ(numbers(guns[1].toObject()["yaw"]), (QStringList{"-12", "15"}));
+    EXPECT_EQ(guns[1].toObject()["name"].toString(), "Talon gun L2");
+    EXPECT_EQ(numbers(guns[1].toObject()["pitch"]), (QStringList{"-12", "25"}));
+    EXPECT_EQ(numbers(guns[1].toObject()["yaw"]), (QStringList{"-30", "30"}));
 
     const QJsonObject textures = tank["textures"].toObject();
     EXPECT_EQ(textures.keys(), (QStringList{"all", "diffuse", "exclusion", "metallicDetail",
                                             "metallicGloss", "normal", "specular", "texformat"}));
-    EXPECT_EQ(textures["exclusion"].toArray(), QJsonArray{Folder + "mask.dds"});
+    EXPECT_EQ(
+        textures["exclusion"].toArray(),
+        (QJsonArray{folder + "Tank_CM.dds", folder + "Turret_CM.dds", folder + "Gun_CM.dds"}));
 
-    // The same without --json, as text.
-    const ToolResult text = runTool(QStringList{"tank", game.path(), "Box Tank"} + common);
+    // Without --json, as text; with --mod the mod folder's file wins.
+    const ToolResult text = runTool({"tank", Game, "Basilisk", "--mod", Game + "-mod"});
     EXPECT_EQ(text.exitCode, 0);
-    EXPECT_TRUE(text.out.contains("file: " + VehiclePath.toUtf8() + " (loose)"));
+    EXPECT_TRUE(
+        text.out.contains("file: scripts/item_defs/vehicles/caldera/c02_basilisk.xml (mod)"))
+        << text.out.toStdString();
+    EXPECT_TRUE(text.out.contains("turret Basilisk turret (mod)"));
 }
 
 TEST(TankCommand, UnknownNamesAndFailedLoadsExitWithOne)
 {
-    TankGame game;
-    game.writeVehicle(TankGame::vehicleText(""));
-    const QStringList common{"--resources", game.resourcesPath(), "--tank-list",
-                             game.tankListPath(), "--json"};
     const struct
     {
         QString name;
         QByteArray message;
     } cases[] = {
         {"Nobody", "Not in the vehicle table: Nobody"},
-        {"Box Tank", "Ferrox cannot assemble: Box Tank"},
+        {"Harrow", "Ferrox cannot assemble: Harrow"},
     };
     for (const auto& c : cases) {
-        const ToolResult result = runTool(QStringList{"tank", game.path(), c.name} + common);
+        const ToolResult result = runTool({"tank", Game, c.name, "--json"});
         if (result.err.contains("No OpenGL"))
             GTEST_SKIP() << "no OpenGL 3.2 core context";
         EXPECT_EQ(result.exitCode, 1);

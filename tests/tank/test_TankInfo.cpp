@@ -6,78 +6,103 @@
 #include "PackedXmlReader.h"
 #include "QtPrinters.h"
 #include "Settings.h"
-#include "TankGame.h"
-
-#include <QBuffer>
-#include <QDomDocument>
 
 #include <gtest/gtest.h>
 
-using namespace tankgame;
+#include <memory>
 
 namespace {
 
-class TankInfoTest : public testing::TestWithParam<bool>
+// The texture lists of the sample's vehicles, packed and plain, read from
+// the vehicle file and every visual it names in both states.
+TEST(TankInfo, TextureListsOfTheSampleVehicles)
 {
-protected:
-    void SetUp() override
-    {
-        settings.gavrelPath = game.path();
-        files.resourcesConfigPath = game.resourcesPath();
-        files.loadZipFiles();
-    }
-
-    TankGame game;
+    const QString game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
     Settings settings{QString()};
+    settings.gavrelPath = game;
     FileManager files;
+    files.resourcesConfigPath = game + QStringLiteral("/ferrox-resources.cfg");
+    files.loadZipFiles();
     MessageBoxRecorder boxes;
-    TankInfo info;
-};
 
-TEST_P(TankInfoTest, TextureListsOfBothStates)
-{
-    const bool packed = GetParam();
-    QByteArray bytes =
-        packed ? packedxml::pack(TankGame::vehicleText()) : TankGame::vehicleText().toUtf8();
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    BinaryReader binary(&buffer);
-    PackedXmlReader reader(&binary);
-    const QDomDocument vehicle = reader.read("t01_box.xml");
-    ASSERT_EQ(reader.plainText, !packed);
-    info.parse(vehicle, packed ? 1 : 0);
-
-    const QString f = Folder;
-    // The turret's "VEHICLES/.../hull_am.DDS" is the hull's texture in
-    // other letters; the gun's name without extension gains ".dds"; the
-    // chassis's empty metallic gloss texture is skipped.
-    EXPECT_EQ(info.diffuseTextures,
-              (QStringList{f + "Hull_AM.dds", f + "Hull_AM_hd.dds", f + "Gun_AM.dds"}));
-    EXPECT_EQ(info.destroyedDiffuseTextures,
-              (QStringList{f + "Hull_crash_AM.dds", "VEHICLES/Testland/T01_Box/hull_am.DDS",
-                           f + "Hull_AM_hd.dds", f + "Gun_AM.dds"}));
-    EXPECT_EQ(info.normalTextures, QStringList{f + "Chassis_ANM.dds"});
-    EXPECT_EQ(info.destroyedNormalTextures, QStringList{f + "Chassis_ANM.dds"});
-    EXPECT_TRUE(info.metallicGlossTextures.isEmpty());
-    // The destroyed state is walked first: the turret's name finds the
-    // .texformat in the archive whatever its letters.
-    const QString upper = "VEHICLES/Testland/T01_Box/hull_am";
-    EXPECT_EQ(info.texformatFiles, (QStringList{upper + ".texformat", f + "Hull_AM_hd.dds"}));
-    EXPECT_EQ(info.exclusionTextures, QStringList{f + "mask.dds"});
-    // The .texformat gives three entries: the texture, itself and its mip.
-    EXPECT_EQ(
-        info.allTextures(),
-        (QStringList{f + "mask.dds", f + "Hull_crash_AM.dds", f + "Chassis_ANM.dds", upper + ".DDS",
-                     upper + ".texformat", f + "Hull_AM_hd.dds", f + "Gun_AM.dds"}));
-    EXPECT_EQ(info.paintableTextures(), info.diffuseTextures);
+    // Names below the vehicle's folder.
+    const struct
+    {
+        QString file, folder;
+        QStringList diffuse, texformat, exclusion;
+    } cases[] = {
+        // The hull's .texformat names a second diffuse map in the archive;
+        // the guns' masks come with the loaded gun, not from here.
+        {"ardenia/a01_talon.xml",
+         "vehicles/Ardenia/A01_Talon/",
+         {"Hull_AM.dds", "Hull_AM_hd.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga",
+          "Gun_01_AM.dds"},
+         {"Hull_AM.texformat", "Hull_AM_hd.dds"},
+         {"Tank_CM.dds", "Turret_CM.dds"}},
+        // The turret's "hull_am.dds" is the hull's texture in other letters.
+        {"caldera/c03_wyvern_v2.xml",
+         "vehicles/Caldera/C03_Wyvern/",
+         {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Gun_01_AM.dds"},
+         {},
+         {}},
+        // The gun's map named without extension gains ".dds".
+        {"caldera/c02_basilisk.xml",
+         "vehicles/Caldera/C02_Basilisk/",
+         {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga", "Gun_01_AM.dds"},
+         {},
+         {}},
+        // Plain text.
+        {"drevnia/d02_ironmoth.xml",
+         "vehicles/Drevnia/D02_Ironmoth/",
+         {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga", "Gun_01_AM.dds"},
+         {},
+         {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file.toStdString());
+        std::unique_ptr<QIODevice> device(files.getFile("scripts/item_defs/vehicles/" + c.file));
+        ASSERT_TRUE(device);
+        BinaryReader binary(device.get());
+        PackedXmlReader reader(&binary);
+        const QDomDocument document = reader.read(c.file);
+        TankInfo info;
+        info.parse(document, reader.plainText ? 0 : 1);
+        const QString& folder = c.folder;
+        auto in = [&folder](QStringList names) {
+            for (QString& name : names)
+                name.prepend(folder);
+            return names;
+        };
+        EXPECT_EQ(info.diffuseTextures, in(c.diffuse));
+        EXPECT_EQ(info.texformatFiles, in(c.texformat));
+        EXPECT_EQ(info.exclusionTextures, in(c.exclusion));
+        // The destroyed state names its burnt maps and the intact normal maps.
+        EXPECT_EQ(info.destroyedDiffuseTextures,
+                  in({"Hull_crash_AM.dds", "Chassis_crash_AM.dds", "Track_AM.tga",
+                      "Turret_crash_AM.dds", "Gun_crash_AM.dds"}));
+        EXPECT_EQ(info.normalTextures,
+                  in({"Hull_ANM.dds", "Chassis_ANM.dds", "Turret_01_ANM.dds"}));
+        EXPECT_EQ(info.destroyedNormalTextures, info.normalTextures);
+        EXPECT_EQ(info.metallicDetailTextures, in({"Hull_MDM.dds"}));
+        EXPECT_EQ(info.specularTextures, in({"Turret_01_GMM.dds"}));
+        // Tracks stay out of the paintable maps.
+        QStringList paintable = in(c.diffuse);
+        paintable.removeAll(folder + "Track_AM.tga");
+        EXPECT_EQ(info.paintableTextures(), paintable);
+        // Every file once, whatever its letters.
+        const QStringList all = info.allTextures();
+        QStringList lower;
+        for (const QString& path : all)
+            lower.append(path.toLower());
+        lower.removeDuplicates();
+        EXPECT_EQ(lower.size(), all.size());
+        for (const QString& path : in(c.diffuse + c.texformat + c.exclusion))
+            EXPECT_TRUE(all.contains(path)) << path.toStdString();
+        info.clear();
+        EXPECT_TRUE(info.allTextures().isEmpty());
+    }
     EXPECT_TRUE(boxes.boxes.isEmpty());
-
-    info.clear();
-    EXPECT_TRUE(info.allTextures().isEmpty());
 }
-
-INSTANTIATE_TEST_SUITE_P(PlainAndPacked, TankInfoTest, testing::Bool(),
-                         [](const auto& param) { return param.param ? "Packed" : "Plain"; });
 
 TEST(TankInfoPaintable, LeavesOutTracksBottomsAndEquipment)
 {

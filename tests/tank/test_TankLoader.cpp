@@ -3,6 +3,7 @@
 #include "Database.h"
 #include "LogCapture.h"
 #include "MessageBoxRecorder.h"
+#include "MoReaderCached.h"
 #include "QtPrinters.h"
 #include "SceneFixture.h"
 #include "TankGame.h"
@@ -45,14 +46,19 @@ void expectNear(const Vector3& got, const Vector3& expected)
         EXPECT_NEAR(got[i], expected[i], 1e-4) << "component " << i;
 }
 
-class TankLoaderTest : public testing::Test
+// The loader over a game folder, with the window's calls recorded.
+class LoaderFixture : public testing::Test
 {
 protected:
+    LoaderFixture(const QString& game, const QString& resources, const QString& tankList)
+        : scene(game, resources)
+    {
+        database.tankListPath = tankList;
+    }
     void SetUp() override
     {
         if (!scene.ready())
             GTEST_SKIP() << "no OpenGL 3.2 core context";
-        database.tankListPath = game.tankListPath();
         database.rebuildDatabase();
         loader = std::make_unique<TankLoader>();
         loader->window.turretRange = [this](float a, float b) { turretRange = {a, b}; };
@@ -68,15 +74,6 @@ protected:
             scene.gl.context.makeCurrent(&scene.gl.surface);
         loader.reset();
     }
-
-    bool loadWith(const QString& vehicle, bool packed = false,
-                  TankGame::Place place = TankGame::Loose)
-    {
-        game.writeVehicle(vehicle, packed, place);
-        if (place == TankGame::InArchive)
-            scene.files->loadZipFiles();
-        return loader->load(BoxTank);
-    }
     // Draws nothing but walks the chain, as a frame does.
     void walkChain()
     {
@@ -91,8 +88,7 @@ protected:
     }
     TankMesh* part(int which) { return loader->mesh(which, loader->damageMode); }
 
-    TankGame game;
-    SceneFixture scene{game.path(), game.resourcesPath()};
+    SceneFixture scene;
     Database database;
     MessageBoxRecorder boxes;
     std::unique_ptr<TankLoader> loader;
@@ -100,6 +96,43 @@ protected:
     Vector2 gunRange{99, 99};
     QStringList recent;
     QString visualTexts[TankLoader::PartCount];
+};
+
+// Built before the fixture that reads it.
+struct BoxTankGame
+{
+    TankGame game;
+};
+
+class TankLoaderTest : protected BoxTankGame, public LoaderFixture
+{
+protected:
+    TankLoaderTest() : LoaderFixture(game.path(), game.resourcesPath(), game.tankListPath()) {}
+
+    bool loadWith(const QString& vehicle)
+    {
+        game.writeVehicle(vehicle);
+        return loader->load(BoxTank);
+    }
+};
+
+// The sample installation with its mod folder and catalogues.
+class SampleTankLoaderTest : public LoaderFixture
+{
+protected:
+    SampleTankLoaderTest()
+        : LoaderFixture(Game, Game + "/ferrox-resources.cfg", Game + "/ferrox-tank_list.cfg")
+    {
+    }
+    void SetUp() override
+    {
+        LoaderFixture::SetUp();
+        if (scene.ready())
+            scene.settings->modPath = QStringLiteral(FERROX_SAMPLE_GAME_DIR "-mod");
+    }
+
+    static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
+    MoReaderCached catalogues;
 };
 
 TEST_F(TankLoaderTest, PartsArePlacedByTheJointsOfThePartBefore)
@@ -194,46 +227,11 @@ TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
     }
 }
 
-TEST_F(TankLoaderTest, PackedPlainArchivedAndModFilesGiveTheSameVehicle)
-{
-    const struct
-    {
-        bool packed;
-        TankGame::Place place;
-        TankLoader::Source source;
-        int startIndex;
-    } cases[] = {
-        {false, TankGame::Loose, TankLoader::Source::LooseFile, 0},
-        {true, TankGame::Loose, TankLoader::Source::LooseFile, 1},
-        {true, TankGame::InArchive, TankLoader::Source::Archive, 1},
-        {false, TankGame::InMod, TankLoader::Source::ModFolder, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(TankLoader::sourceName(c.source).toStdString());
-        game.removeRes(VehiclePath);
-        // The table finds the vehicle in the game; the mod folder's file
-        // overrides the loose one, which here says something else.
-        if (c.place == TankGame::InMod) {
-            game.writeVehicle(TankGame::vehicleText("", "Hull"), false, TankGame::Loose);
-            scene.settings->modPath = game.modPath();
-        }
-        ASSERT_TRUE(loadWith(TankGame::vehicleText(), c.packed, c.place));
-        EXPECT_EQ(loader->vehicleSource, c.source);
-        EXPECT_EQ(loader->startIndex, c.startIndex);
-        ASSERT_EQ(loader->chooser->turrets.size(), 1);
-        EXPECT_EQ(loader->chooser->turrets[0].guns.size(), 2);
-        EXPECT_EQ(loader->triangleCount(),
-                  ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles);
-        EXPECT_EQ(loader->name, BoxTank);
-        EXPECT_EQ(loader->hullHealth, 300);
-        scene.settings->modPath.clear();
-    }
-    EXPECT_TRUE(boxes.boxes.isEmpty());
-}
-
 TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
 {
     ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    EXPECT_EQ(loader->vehicleSource, TankLoader::Source::LooseFile);
+    EXPECT_EQ(loader->hullHealth, 300);
     EXPECT_EQ(recent, QStringList{BoxTank});
     for (const QString& text : visualTexts)
         EXPECT_TRUE(text.contains("renderSet"));
@@ -274,10 +272,6 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
         QString logged;
         bool box;
     } cases[] = {
-        {"no turret", TankGame::vehicleText(""), true,
-         failure + " (the vehicle file has no turret)", true},
-        {"turret without gun", TankGame::vehicleText(TankGame::turretText("T", "")), true,
-         failure + " (turret T has no gun)", true},
         {"no gun file", TankGame::vehicleText(), false,
          failure + " (no gun file scripts/item_defs/vehicles/testland/components/guns.xml)", true},
         {"missing hull model", TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"), true,
@@ -306,6 +300,79 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
     // A name the table does not have fails quietly.
     EXPECT_FALSE(loader->load("Nobody"));
     EXPECT_TRUE(boxes.boxes.isEmpty());
+}
+
+// The sample's vehicles from wherever the program finds them: packed in an
+// archive, plain text, overridden by the mod folder; turrets of one name
+// merged.
+TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
+{
+    const struct
+    {
+        QString name;
+        TankLoader::Source source;
+        int startIndex, hullHealth;
+        QStringList turrets;
+        int firstTurretGuns;
+    } cases[] = {
+        {"Talon", TankLoader::Source::Archive, 1, 180, {"Talon turret", "Talon turret 2"}, 2},
+        {"Kestrel", TankLoader::Source::Archive, 1, 180, {"Kestrel turret"}, 2},
+        {"Ironmoth",
+         TankLoader::Source::Archive,
+         0,
+         240,
+         {"Ironmoth turret", "Ironmoth turret 2"},
+         1},
+        {"Basilisk",
+         TankLoader::Source::ModFolder,
+         1,
+         4321,
+         {"Basilisk turret (mod)", "Basilisk turret 2"},
+         2},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name.toStdString());
+        ASSERT_TRUE(loader->load(c.name));
+        EXPECT_EQ(loader->vehicleSource, c.source);
+        EXPECT_EQ(loader->startIndex, c.startIndex);
+        EXPECT_EQ(loader->hullHealth, c.hullHealth);
+        QStringList turrets;
+        for (const Turret& turret : loader->chooser->turrets)
+            turrets.append(turret.name);
+        EXPECT_EQ(turrets, c.turrets);
+        EXPECT_EQ(loader->chooser->turrets[0].guns.size(), c.firstTurretGuns);
+        // Chassis, hull, Turret_01 and Gun_01 as the generator writes them.
+        EXPECT_EQ(loader->triangleCount(), 724 + 80 + 132 + 144);
+    }
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+}
+
+TEST_F(SampleTankLoaderTest, VehiclesThatCannotBeAssembledLeaveNothingToDraw)
+{
+    LogCapture log;
+    const struct
+    {
+        QString name, reason;
+    } cases[] = {
+        {"Harrow", "the vehicle file has no turret"},
+        {"Marauder", "turret B06_Marauder_Turret has no gun"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name.toStdString());
+        ASSERT_TRUE(loader->load("Talon"));
+        log.lines.clear();
+        boxes.boxes.clear();
+        EXPECT_FALSE(loader->load(c.name));
+        EXPECT_FALSE(loader->loaded);
+        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
+        EXPECT_EQ(loader->triangleCount(), 0);
+        const QString failure = "Failed to parse xml file for tank: " + c.name;
+        EXPECT_TRUE(log.contains("[Error] " + failure + " (" + c.reason + ")"))
+            << log.lines.join('\n').toStdString();
+        ASSERT_EQ(boxes.boxes.size(), 1);
+        EXPECT_EQ(boxes.boxes[0].text, failure);
+        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+    }
 }
 
 } // namespace
