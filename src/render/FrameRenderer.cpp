@@ -167,8 +167,8 @@ void FrameRenderer::drawOverlay()
     OverlayFacts facts;
     facts.showTankInfo = tankInfoShown;
     facts.showRenderInfo = renderInfoShown;
-    // Nation, name, category, tier, hit points and the vehicle's triangle
-    // count come from TankLoader; until it exists they stay empty and 0.
+    if (vehicleFacts)
+        vehicleFacts(facts);
     facts.fpsAverage = statistics.fpsAverage;
     facts.frameTimeMs = statistics.frameTimeMs;
     const Garage* garage = garageInUse();

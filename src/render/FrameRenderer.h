@@ -11,6 +11,8 @@
 #include <QFont>
 #include <QImage>
 
+#include <functional>
+
 class QObject;
 
 // One frame of the scene, drawn into whatever framebuffer is bound on the
@@ -73,6 +75,11 @@ public:
     SceneLight light;
     QColor viewportColor;
     QFont font;
+
+    // Fills the vehicle block of the overlay (nation, name, category, tier,
+    // hit points, triangles) from the vehicle's loader, which lies above
+    // this library; without it the block stays empty.
+    std::function<void(OverlayFacts& facts)> vehicleFacts;
 
     Camera camera;
     CameraControls controls{camera};

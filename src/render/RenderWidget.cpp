@@ -185,17 +185,28 @@ void RenderWidget::initializeGL()
     Log::log(QStringLiteral("OpenGL Initialising complete."), Log::Info);
 }
 
-// TankLoader and CamoLoader join these once they exist.
+// The vehicle's loader comes from outside, between the materials and the
+// textures; CamoLoader joins these once it exists.
 void RenderWidget::createSceneLoaders()
 {
     materialLoader = new MaterialLoader(this);
+    for (const SceneLoaderMaker& maker : loaderMakers) {
+        if (QObject* loader = maker(*this)) {
+            loader->setParent(this);
+            sceneLoaders.push_back(loader);
+        }
+    }
     textureLoader = new TextureLoader(this);
 }
 
-// Everything here holds GL objects: the context is current.
+// Everything here holds GL objects: the context is current. The vehicle's
+// meshes go before the texture caches their materials use.
 void RenderWidget::releaseScene()
 {
     frame.release();
+    for (auto loader = sceneLoaders.rbegin(); loader != sceneLoaders.rend(); ++loader)
+        delete *loader;
+    sceneLoaders.clear();
     delete textureLoader;
     textureLoader = nullptr;
     delete materialLoader;

@@ -8,6 +8,9 @@
 #include <QImage>
 #include <QOpenGLWidget>
 
+#include <functional>
+#include <vector>
+
 class Garage;
 class MaterialLoader;
 class QOpenGLFunctions_3_2_Core;
@@ -37,6 +40,15 @@ public:
     void setViewportColor(const QColor& color);
     // The largest image renderToImage can produce on this GL.
     int maxImageSize() const { return maxImageSide; }
+
+    // Makes a manager of the scene that this library does not know (the
+    // vehicle's TankLoader, which the user interface installs): called once
+    // from initializeGL with the context current, after MaterialLoader and
+    // before TextureLoader, as the program's start order has it. The object
+    // it returns (null for none) becomes the widget's child and is deleted,
+    // with the context current, before the TextureLoader.
+    using SceneLoaderMaker = std::function<QObject*(RenderWidget& widget)>;
+    void addSceneLoaderMaker(SceneLoaderMaker maker) { loaderMakers.push_back(std::move(maker)); }
 
     // Adds a drawable to the scene; the answer removes it again.
     int addSceneDrawable(SceneDrawable drawable) { return frame.scene.add(std::move(drawable)); }
@@ -181,4 +193,6 @@ private:
     int grantedSamples = 0;
     MaterialLoader* materialLoader = nullptr;
     TextureLoader* textureLoader = nullptr;
+    std::vector<SceneLoaderMaker> loaderMakers;
+    std::vector<QObject*> sceneLoaders;
 };

@@ -6,6 +6,7 @@
 #include "Settings.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
+#include "VehicleScene.h"
 
 #include <QCoreApplication>
 #include <QIcon>
@@ -24,6 +25,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     statusBar()->setObjectName(QStringLiteral("statusbar"));
     renderWidget = new RenderWidget(this);
     renderWidget->setObjectName(QStringLiteral("RenderWidget"));
+    installVehicleLoader(*renderWidget);
     setCentralWidget(renderWidget);
     applySceneSettings();
     setStatusMessageSink(

@@ -2,7 +2,6 @@
 
 #include "Database.h"
 #include "Log.h"
-#include "MessageBoxes.h"
 #include "MoReaderCached.h"
 #include "StartupError.h"
 #include "ToolContext.h"
@@ -20,24 +19,6 @@ namespace {
 void printLine(const QString& text)
 {
     std::printf("%s\n", text.toUtf8().constData());
-}
-
-// Warnings and errors of the readers go to standard error; there is no log
-// file here. These commands run the program's own catalogue and vehicle
-// table, which show the closing box as the program does: its text goes to
-// standard error too, since a tool has no window to show it in.
-void logToStandardError()
-{
-    Log::setFallbackSink([](const QString& message, int level) {
-        if (level >= Log::Warning)
-            printError(
-                (level == Log::Error ? QStringLiteral("error: ") : QStringLiteral("warning: ")) +
-                message);
-    });
-    setMessageBoxHandler([](const MessageBoxRequest& request) {
-        printError(request.text);
-        return int(QMessageBox::Ok);
-    });
 }
 
 // One table row on one line: a tab or line break inside a value becomes a
@@ -72,7 +53,7 @@ int translateCommand(const ToolArguments& arguments)
     ToolContext context(arguments.positional[0], arguments);
     if (!context.requireGameDirectory())
         return 1;
-    logToStandardError();
+    reportToStandardError();
     MoReaderCached reader;
     printLine(reader.translate(arguments.positional[1]));
     return 0;
@@ -88,7 +69,7 @@ int tanksCommand(const ToolArguments& arguments)
     ToolContext context(arguments.positional[0], arguments);
     if (!context.requireGameDirectory())
         return 1;
-    logToStandardError();
+    reportToStandardError();
     resetStartupState();
 
     MoReaderCached reader;

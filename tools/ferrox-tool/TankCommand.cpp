@@ -1,32 +1,17 @@
 #include "TankCommand.h"
 
-#include "BufferManager.h"
-#include "Database.h"
-#include "Log.h"
-#include "MaterialLoader.h"
-#include "MatrixStack.h"
-#include "MoReaderCached.h"
-#include "SceneLight.h"
-#include "Settings.h"
-#include "ShaderLoader.h"
-#include "StartupError.h"
+#include "OffscreenVehicle.h"
 #include "TankInfo.h"
 #include "TankLoader.h"
 #include "TankMesh.h"
-#include "TextureLoader.h"
 #include "ToolContext.h"
 #include "TurretGunChooser.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QOffscreenSurface>
-#include <QOpenGLContext>
-#include <QSurfaceFormat>
 
 #include <cstdio>
-#include <memory>
 
 namespace {
 
@@ -52,60 +37,6 @@ QJsonArray matrixArray(const Matrix& m)
         array.append(double(value));
     return array;
 }
-
-// An off-screen 3.2 core context, current while it lives, and the managers
-// the viewport would make, in the viewport's order.
-class OffscreenScene
-{
-public:
-    OffscreenScene()
-    {
-        QSurfaceFormat format;
-        format.setVersion(3, 2);
-        format.setProfile(QSurfaceFormat::CoreProfile);
-        surface.setFormat(format);
-        surface.create();
-        context.setFormat(format);
-        if (!context.create() || !context.makeCurrent(&surface) ||
-            context.format().version() < qMakePair(3, 2))
-            return;
-        if (Settings* settings = Settings::instance())
-            settings->shaderDir = QCoreApplication::applicationDirPath() +
-                                  QStringLiteral("/../data/shaders/glsl150/");
-        buffers = std::make_unique<BufferManager>();
-        shaders = std::make_unique<ShaderLoader>();
-        if (!shaders->loadShaders())
-            return;
-        matrices = std::make_unique<MatrixStack>();
-        materials = std::make_unique<MaterialLoader>();
-        materials->light = &light;
-        textures = std::make_unique<TextureLoader>();
-        materials->createDefaultMaterials();
-        ready = true;
-    }
-    ~OffscreenScene()
-    {
-        context.makeCurrent(&surface);
-        loader.reset();
-        materials.reset();
-        textures.reset();
-        matrices.reset();
-        shaders.reset();
-        buffers.reset();
-        context.doneCurrent();
-    }
-
-    bool ready = false;
-    QOffscreenSurface surface;
-    QOpenGLContext context;
-    SceneLight light;
-    std::unique_ptr<BufferManager> buffers;
-    std::unique_ptr<ShaderLoader> shaders;
-    std::unique_ptr<MatrixStack> matrices;
-    std::unique_ptr<MaterialLoader> materials;
-    std::unique_ptr<TextureLoader> textures;
-    std::unique_ptr<TankLoader> loader;
-};
 
 QJsonArray partsArray(const TankLoader& loader)
 {
@@ -203,43 +134,12 @@ int tankCommand(const ToolArguments& arguments)
                                   "[--tank-list FILE] [--resources FILE]"));
         return 2;
     }
-    ToolContext context(arguments.positional[0], arguments);
-    if (!context.requireGameDirectory())
+    OffscreenVehicle vehicle;
+    if (!vehicle.load(arguments))
         return 1;
-    Log::setFallbackSink([](const QString& message, int level) {
-        if (level >= Log::Warning)
-            printError(
-                (level == Log::Error ? QStringLiteral("error: ") : QStringLiteral("warning: ")) +
-                message);
-    });
-    resetStartupState();
+    const TankLoader& loader = vehicle.loader();
 
-    MoReaderCached catalogues;
-    Database database;
-    if (arguments.hasOption(QStringLiteral("tank-list")))
-        database.tankListPath = arguments.option(QStringLiteral("tank-list"));
-    database.rebuildDatabase();
-    if (startupErrorPending())
-        printError(takeStartupError());
-    const QString name = arguments.positional[1];
-    if (database.xmlFile(name).isEmpty()) {
-        printError(QStringLiteral("Not in the vehicle table: ") + name);
-        return 1;
-    }
-
-    OffscreenScene scene;
-    if (!scene.ready) {
-        printError(QStringLiteral("No OpenGL 3.2 core context with the program's shaders"));
-        return 1;
-    }
-    scene.loader = std::make_unique<TankLoader>();
-    TankLoader& loader = *scene.loader;
-    if (!loader.load(name)) {
-        printError(QStringLiteral("Ferrox cannot assemble: ") + name);
-        return 1;
-    }
-
-    const QJsonObject tank{{"name", name},
+    const QJsonObject tank{{"name", arguments.positional[1]},
                            {"file", loader.vehicleFilePath},
                            {"source", TankLoader::sourceName(loader.vehicleSource)},
                            {"parts", partsArray(loader)},

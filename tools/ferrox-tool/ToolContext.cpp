@@ -2,6 +2,7 @@
 
 #include "FileManager.h"
 #include "Log.h"
+#include "MessageBoxes.h"
 #include "ReadFailure.h"
 #include "Settings.h"
 
@@ -26,13 +27,31 @@ void printError(const QString& message)
     std::fprintf(stderr, "%s\n", message.toLocal8Bit().constData());
 }
 
+void reportToStandardError()
+{
+    Log::setFallbackSink([](const QString& message, int level) {
+        if (level >= Log::Warning)
+            printError(
+                (level == Log::Error ? QStringLiteral("error: ") : QStringLiteral("warning: ")) +
+                message);
+    });
+    setMessageBoxHandler([](const MessageBoxRequest& request) {
+        printError(request.text);
+        return int(QMessageBox::Ok);
+    });
+}
+
 const QStringList ToolArguments::valueOptions = {
     QStringLiteral("resources"), QStringLiteral("mod"),       QStringLiteral("nation"),
     QStringLiteral("category"),  QStringLiteral("tier"),      QStringLiteral("filter"),
-    QStringLiteral("png"),       QStringLiteral("tank-list"),
+    QStringLiteral("png"),       QStringLiteral("tank-list"), QStringLiteral("out"),
+    QStringLiteral("size"),      QStringLiteral("state"),     QStringLiteral("turret"),
+    QStringLiteral("gun"),       QStringLiteral("yaw"),       QStringLiteral("turret-yaw"),
+    QStringLiteral("gun-pitch"), QStringLiteral("camera"),
 };
 
-const QStringList ToolArguments::flagOptions = {QStringLiteral("json")};
+const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
+                                                QStringLiteral("transparent")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {

@@ -52,6 +52,12 @@ private:
 
 void printError(const QString& message);
 
+// Warnings and errors of the log, and the text of every message box, go to
+// standard error: a tool has no log file and no window. The program's
+// readers and loaders show boxes where the program would (a vehicle that
+// cannot be assembled, a broken table); here nothing waits for a click.
+void reportToStandardError();
+
 // FILE_OR_NAME as the commands take it: the bytes of a file on disk, or
 // else the resource of that name in the game folder gameDirectory (empty
 // when none was given), found as the program finds it. False when neither

@@ -4,6 +4,7 @@
 #include "ArchiveCommands.h"
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
+#include "RenderCommand.h"
 #include "SettingsCommands.h"
 #include "TankCommand.h"
 #include "ToolContext.h"
@@ -53,12 +54,20 @@ const Command commands[] = {
      "                                the vehicle Ferrox assembles for a display name:\n"
      "                                file, parts, turrets and guns, textures (needs OpenGL)",
      tankCommand},
+    {"render",
+     "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed]\n"
+     "       [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG]\n"
+     "       [--camera FILE.Camera] [--no-garage] [--transparent] [--mod DIR]\n"
+     "                                a picture of the vehicle as the viewport draws it\n"
+     "                                (default 1024x768, the viewport's start camera;\n"
+     "                                needs OpenGL)",
+     renderCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    return name == QLatin1String("tank");
+    return name == QLatin1String("tank") || name == QLatin1String("render");
 }
 
 void printUsage()

@@ -62,6 +62,14 @@ def gloss_pixels(size, spacing):
 
 
 @lru_cache(maxsize=None)
+def specular_pixels(size, spacing):
+    """Grey specular strength for the older effects, which take a specular
+    map's colour as the highlight's: dull seams on a semi-gloss plate."""
+    return tuple((90, 90, 90, 255) if on_line(x, y, spacing) else (170, 170, 170, 255)
+                 for y in range(size) for x in range(size))
+
+
+@lru_cache(maxsize=None)
 def track_pixels(size):
     """Dark links with lighter cleats and a see-through hole in each link."""
     pixels = []
@@ -79,13 +87,14 @@ def track_pixels(size):
 @lru_cache(maxsize=None)
 def texture(fmt, kind, size, colour=None, levels=None):
     """One DDS file by what it shows: 'panel' (needs colour), 'normal5',
-    'normal1', 'gloss', 'track'."""
+    'normal1', 'gloss', 'specular', 'track'."""
     spacing = PANEL_SPACING * size // DIFFUSE_SIZE
     pixels = {
         "panel": lambda: panel_pixels(colour, size, spacing),
         "normal5": lambda: normal_pixels(size, max(spacing, 4), True),
         "normal1": lambda: normal_pixels(size, max(spacing, 4), False),
         "gloss": lambda: gloss_pixels(size, max(spacing, 4)),
+        "specular": lambda: specular_pixels(size, max(spacing, 4)),
         "track": lambda: track_pixels(size),
     }[kind]()
     return gavrel_dds.dds(fmt, size, size, list(pixels), levels)

@@ -239,7 +239,9 @@ def vehicle_texture_files(nation, tank):
         ("Hull_MDM.dds", texture("DXT1", "normal1", DETAIL_SIZE)),
         ("Turret_01_AM.dds", texture("DXT1", "panel", DIFFUSE_SIZE, colour)),
         ("Turret_01_ANM.dds", texture("DXT1", "normal1", DETAIL_SIZE)),
-        ("Turret_01_GMM.dds", texture(gloss, "gloss", DETAIL_SIZE)),
+        # The turret's effect reads it as a specular map: grey, not metal
+        # and gloss in red and green.
+        ("Turret_01_GMM.dds", texture(gloss, "specular", DETAIL_SIZE)),
         ("Gun_01_AM.dds", texture(gun, "panel", DETAIL_SIZE, colour)),
     ]
     files += [(f"{kind}_crash_AM.dds", extra_texture("DXT1", "burnt", DETAIL_SIZE, colour))

@@ -1,0 +1,294 @@
+#include "RenderCommand.h"
+
+#include "FrameRenderer.h"
+#include "OffscreenVehicle.h"
+#include "Settings.h"
+#include "TankLoader.h"
+#include "ToolContext.h"
+#include "TurretGunChooser.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+#include <cmath>
+
+namespace {
+
+const QSize DefaultSize(1024, 768);
+
+struct RenderRequest
+{
+    QString out; // absolute
+    QByteArray format;
+    QSize size = DefaultSize;
+    int state = Intact;
+    QString turret;
+    QString gun;
+    float yaw = 0;
+    float turretYaw = 0;
+    float gunPitch = 0;
+    QString camera; // absolute, empty for the viewport's start camera
+    bool garage = true;
+    bool transparent = false;
+};
+
+bool fail(const QString& message)
+{
+    printError(message);
+    return false;
+}
+
+bool readSize(const QString& text, QSize* size)
+{
+    static const QRegularExpression pattern(QStringLiteral("^(\\d{1,6})x(\\d{1,6})$"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch() || match.captured(1).toInt() < 1 || match.captured(2).toInt() < 1)
+        return fail(QStringLiteral("--size wants WIDTHxHEIGHT in pixels, such as 1024x768: ") +
+                    text);
+    *size = QSize(match.captured(1).toInt(), match.captured(2).toInt());
+    return true;
+}
+
+bool readAngle(const ToolArguments& arguments, const char* name, float* angle)
+{
+    const QString option = QLatin1String(name);
+    if (!arguments.hasOption(option))
+        return true;
+    bool ok = false;
+    *angle = arguments.option(option).toFloat(&ok);
+    if (!ok || !std::isfinite(*angle))
+        return fail(QStringLiteral("--") + option + QStringLiteral(" wants degrees: ") +
+                    arguments.option(option));
+    return true;
+}
+
+bool readState(const QString& text, int* state)
+{
+    if (text.isEmpty() || text == QLatin1String("intact"))
+        *state = Intact;
+    else if (text == QLatin1String("destroyed"))
+        *state = Destroyed;
+    else
+        return fail(QStringLiteral("--state is intact or destroyed, not: ") + text);
+    return true;
+}
+
+// The path as the file system resolves it, for a file that may not exist
+// yet: its folder resolved, and the file's own link followed if it is one.
+QString resolvedPath(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.exists())
+        return info.canonicalFilePath();
+    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
+    return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + info.fileName();
+}
+
+bool insideFolder(const QString& path, const QString& folder)
+{
+    const QString root = QFileInfo(folder).canonicalFilePath();
+    return !root.isEmpty() && (path == root || path.startsWith(root + QLatin1Char('/')));
+}
+
+// Says why FILE cannot be written before anything is rendered. The game
+// folder is never written to, whatever the user asks.
+bool readOutFile(const QString& text, const QString& gameDirectory, RenderRequest* request)
+{
+    if (text.isEmpty())
+        return fail(QStringLiteral("render needs --out FILE"));
+    request->out = QFileInfo(text).absoluteFilePath();
+    const QString resolved = resolvedPath(request->out);
+    if (resolved.isEmpty())
+        return fail(QStringLiteral("No folder to write into: ") + QFileInfo(text).absolutePath());
+    if (insideFolder(resolved, gameDirectory))
+        return fail(QStringLiteral("Ferrox never writes into the game folder: ") + text);
+    if (QFileInfo(resolved).isDir())
+        return fail(QStringLiteral("--out is a folder: ") + text);
+    request->format = QFileInfo(text).suffix().toLower().toLatin1();
+    if (!QImageWriter::supportedImageFormats().contains(request->format))
+        return fail(QStringLiteral("No image format for the suffix of: ") + text +
+                    QStringLiteral(" (use .png, .jpg, .bmp, ...)"));
+    return true;
+}
+
+bool readCamera(const QString& text, QString* camera)
+{
+    if (text.isEmpty())
+        return true;
+    *camera = QFileInfo(text).absoluteFilePath();
+    if (!QFileInfo(*camera).isFile())
+        return fail(QStringLiteral("No camera file: ") + text);
+    return true;
+}
+
+// Every relative path is made whole here: loading the game moves the
+// working directory to the program's folder.
+bool readRequest(const ToolArguments& arguments, RenderRequest* request)
+{
+    request->garage = !arguments.hasOption(QStringLiteral("no-garage"));
+    request->transparent = arguments.hasOption(QStringLiteral("transparent"));
+    request->turret = arguments.option(QStringLiteral("turret"));
+    request->gun = arguments.option(QStringLiteral("gun"));
+    return readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
+           (!arguments.hasOption(QStringLiteral("size")) ||
+            readSize(arguments.option(QStringLiteral("size")), &request->size)) &&
+           readState(arguments.option(QStringLiteral("state")), &request->state) &&
+           readAngle(arguments, "yaw", &request->yaw) &&
+           readAngle(arguments, "turret-yaw", &request->turretYaw) &&
+           readAngle(arguments, "gun-pitch", &request->gunPitch) &&
+           readCamera(arguments.option(QStringLiteral("camera")), &request->camera);
+}
+
+// A turret or gun is named by its display name or its tag.
+template <typename Record>
+const Record* findNamed(const QVector<Record>& records, const QString& key)
+{
+    for (const Record& record : records)
+        if (record.name == key || record.tag == key)
+            return &record;
+    return nullptr;
+}
+
+QString turretChoices(const TurretGunChooser& chooser)
+{
+    QStringList lines;
+    for (const Turret& turret : chooser.turrets) {
+        QStringList guns;
+        for (const Gun& gun : turret.guns)
+            guns.append(gun.name);
+        lines.append(QStringLiteral("  %1: %2").arg(turret.name, guns.join(QStringLiteral(", "))));
+    }
+    return QStringLiteral("\nturrets and their guns:\n") + lines.join(QLatin1Char('\n'));
+}
+
+// The turret asked for (or the current one) with the gun asked for (or its
+// first); a gun alone may be found on another turret, which then comes too.
+bool findFitting(const TurretGunChooser& chooser, const RenderRequest& request,
+                 const Turret** turret, const Gun** gun)
+{
+    *turret = request.turret.isEmpty() ? chooser.currentTurret()
+                                       : findNamed(chooser.turrets, request.turret);
+    if (!*turret)
+        return fail(QStringLiteral("No turret named: ") + request.turret + turretChoices(chooser));
+    if (request.gun.isEmpty()) {
+        *gun = &(*turret)->guns.first();
+        return true;
+    }
+    *gun = findNamed((*turret)->guns, request.gun);
+    for (int i = 0; !*gun && request.turret.isEmpty() && i < chooser.turrets.size(); ++i) {
+        *turret = &chooser.turrets[i];
+        *gun = findNamed((*turret)->guns, request.gun);
+    }
+    if (!*gun)
+        return fail(QStringLiteral("No gun named: ") + request.gun + turretChoices(chooser));
+    return true;
+}
+
+bool fitTurretAndGun(TankLoader& loader, const RenderRequest& request)
+{
+    if (request.turret.isEmpty() && request.gun.isEmpty())
+        return true;
+    const Turret* turret = nullptr;
+    const Gun* gun = nullptr;
+    if (!findFitting(*loader.chooser, request, &turret, &gun))
+        return false;
+    // Copies: a failed part empties the chooser's list.
+    const QString turretName = turret->name;
+    const QString gunName = gun->name;
+    loader.loadTurretGun(turretName, gunName);
+    if (!loader.loaded)
+        return fail(QStringLiteral("Ferrox cannot fit ") + turretName + QStringLiteral(" with ") +
+                    gunName);
+    return true;
+}
+
+void placeVehicle(TankLoader& loader, const RenderRequest& request)
+{
+    loader.damageMode = request.state;
+    loader.setTankRotation(request.yaw);
+    loader.setTurretRotation(request.turretYaw);
+    loader.setGunRotation(request.gunPitch);
+}
+
+// The viewport's frame with the program's first-run scene settings: the
+// premium garage, full materials with shadows, no grid and no text.
+bool renderVehicle(TankLoader& loader, const RenderRequest& request, QImage* image)
+{
+    Settings& settings = *Settings::instance();
+    settings.showShadows = true;
+    FrameRenderer::setInitialGlState();
+    FrameRenderer frame;
+    frame.viewportColor = settings.viewportColor;
+    frame.garageShown = request.garage;
+    frame.gridShown = false;
+    frame.tankInfoShown = false;
+    frame.premiumScene = settings.sceneSet != QLatin1String("basic");
+    frame.create(settings.shadowMap);
+    frame.scene.add([&loader](ScenePass pass) { loader.render(pass); });
+    bool ok = true;
+    if (!request.camera.isEmpty() && !frame.controls.loadView(request.camera))
+        ok = fail(QStringLiteral("Not a camera file: ") + request.camera);
+    const int largest = FrameRenderer::maxImageSize();
+    if (ok && (request.size.width() > largest || request.size.height() > largest))
+        ok = fail(QStringLiteral("This OpenGL renders at most %1 pixels a side").arg(largest));
+    if (ok) {
+        *image =
+            frame.renderToImage(request.size.width(), request.size.height(), request.transparent);
+        // The viewport shows an opaque picture; only a transparent one keeps
+        // the alpha the materials wrote.
+        if (!request.transparent)
+            *image = image->convertToFormat(QImage::Format_RGB32);
+    }
+    frame.release();
+    return ok;
+}
+
+// Whole or not at all: a failed write leaves no file behind.
+bool writeImage(const QImage& image, const RenderRequest& request)
+{
+    QSaveFile file(request.out);
+    if (!file.open(QIODevice::WriteOnly))
+        return fail(QStringLiteral("Cannot write ") + request.out + QStringLiteral(": ") +
+                    file.errorString());
+    QImageWriter writer(&file, request.format);
+    if (!writer.write(image)) {
+        file.cancelWriting();
+        return fail(QStringLiteral("Cannot write ") + request.out + QStringLiteral(": ") +
+                    writer.errorString());
+    }
+    if (!file.commit())
+        return fail(QStringLiteral("Cannot write ") + request.out + QStringLiteral(": ") +
+                    file.errorString());
+    return true;
+}
+
+} // namespace
+
+int renderCommand(const ToolArguments& arguments)
+{
+    if (arguments.positional.size() != 2) {
+        printError(QStringLiteral(
+            "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
+            "[--state intact|destroyed] [--turret NAME] [--gun NAME] [--yaw DEG] "
+            "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
+            "[--transparent] [--mod DIR]"));
+        return 2;
+    }
+    RenderRequest request;
+    if (!readRequest(arguments, &request))
+        return 1;
+    OffscreenVehicle vehicle;
+    if (!vehicle.load(arguments))
+        return 1;
+    TankLoader& loader = vehicle.loader();
+    if (!fitTurretAndGun(loader, request))
+        return 1;
+    placeVehicle(loader, request);
+    QImage image;
+    if (!renderVehicle(loader, request, &image) || !writeImage(image, request))
+        return 1;
+    return 0;
+}
