@@ -334,6 +334,26 @@ void decodeSurface(DdsFormat format, const uchar* source, int width, int height,
     }
 }
 
+// Exchanges red and blue of 8-bit RGB or RGBA pixels (pixelBytes 3 or 4)
+// in place. Four-byte pixels are handled as whole words, which keeps a
+// 2048 x 2048 texture to a few milliseconds; a trailing partial pixel stays.
+void swapRedBlue8(char* data, qint64 size, int pixelBytes)
+{
+    const qint64 end = size - pixelBytes;
+    if (pixelBytes == 4) {
+        for (qint64 offset = 0; offset <= end; offset += 4) {
+            // Read and written little-endian, so byte 0 is the low byte.
+            const quint32 pixel = qFromLittleEndian<quint32>(data + offset);
+            const quint32 swapped =
+                (pixel & 0xFF00FF00u) | ((pixel & 0xFFu) << 16) | ((pixel >> 16) & 0xFFu);
+            qToLittleEndian(swapped, data + offset);
+        }
+        return;
+    }
+    for (qint64 offset = 0; offset <= end; offset += pixelBytes)
+        std::swap(data[offset], data[offset + 2]);
+}
+
 bool rejectFile(const QString& reason)
 {
     Log::log(QStringLiteral("Invalid DDS file: ") + reason, Log::Warning);
@@ -400,7 +420,7 @@ const char* ddsFormatName(DdsFormat format)
     return index >= 0 && index < int(sizeof names / sizeof names[0]) ? names[index] : "Unknown";
 }
 
-bool DdsImage::parse(const QByteArray& bytes)
+bool DdsImage::parse(QByteArray bytes)
 {
     if (bytes.size() < headerSize || !bytes.startsWith("DDS "))
         return rejectFile(QStringLiteral("no DDS header"));
@@ -444,6 +464,9 @@ bool DdsImage::parse(const QByteArray& bytes)
     if (size < 0 || size > bytes.size() - dataOffset)
         return rejectFile(QStringLiteral("pixel data shorter than the header claims"));
 
+    // Blue in the lowest byte: stored as BGR(A), kept as RGB(A).
+    const bool swapped = (image.format == DdsFormat::RGB8 || image.format == DdsFormat::RGBA8) &&
+                         readU32(bytes, 100) == 255;
     if (image.depth == 0) {
         // Files hold all levels of one face, then the next face; the level
         // is what GL uploads, so its faces are put side by side.
@@ -463,11 +486,14 @@ bool DdsImage::parse(const QByteArray& bytes)
             levelOffset += faceBytes;
         }
     } else {
-        image.pixels = bytes.mid(dataOffset, size);
+        // The file's own bytes become the pixels: dropping the header from
+        // the front of an unshared array moves its start, not its data, so a
+        // file handed over whole is not copied.
+        bytes.remove(0, dataOffset);
+        bytes.truncate(size);
+        image.pixels = std::move(bytes);
     }
-
-    if ((image.format == DdsFormat::RGB8 || image.format == DdsFormat::RGBA8) &&
-        readU32(bytes, 100) == 255)
+    if (swapped)
         image.swapRedBlue();
 
     *this = std::move(image);
@@ -658,6 +684,10 @@ bool DdsImage::swapRedBlue()
         return true;
     const int pixelBytes = ddsFormatBytes(format);
     const int step = channelBytes(channelKind(format));
+    if (step == 1) {
+        swapRedBlue8(pixels.data(), pixels.size(), pixelBytes);
+        return true;
+    }
     char* data = pixels.data();
     const qint64 end = pixels.size() - pixelBytes;
     for (qint64 offset = 0; offset <= end; offset += pixelBytes) {

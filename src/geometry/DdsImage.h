@@ -47,7 +47,8 @@ class DdsImage
 public:
     // False if the magic is wrong, the format unknown, or (unlike the game's
     // own reader) the data is shorter than the header claims.
-    bool parse(const QByteArray& bytes);
+    // A file moved in whole becomes the pixels without a copy.
+    bool parse(QByteArray bytes);
     // Bytes of `levels` levels from firstLevel; format Unknown means the
     // image's own. -1 if the sizes overflow.
     qint64 dataSize(int firstLevel, int levels, DdsFormat format = DdsFormat::Unknown) const;
@@ -71,8 +72,8 @@ public:
 bool readDdsSize(const QByteArray& header, int& width, int& height);
 
 // Fill the texture bound to GL_TEXTURE_2D (or the target the image needs)
-// from a whole DDS file; the device is read from its start. Need a current
-// context.
+// from a whole DDS file; the device is read from its start, and a QBuffer is
+// left empty (its bytes become the pixels). Need a current context.
 bool uploadDds(QIODevice* device);
 // The regular chain with a high-definition base level in front of it.
 bool uploadDdsWithHd(QIODevice* device, QIODevice* hdDevice);

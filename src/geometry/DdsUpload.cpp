@@ -1,5 +1,6 @@
 #include "DdsImage.h"
 
+#include "DeviceBytes.h"
 #include "GlFunctions.h"
 #include "Log.h"
 
@@ -67,8 +68,7 @@ bool parseDevice(QIODevice* device, DdsImage& image)
 {
     if (!device || !device->isReadable())
         return false;
-    device->seek(0);
-    return image.parse(device->readAll());
+    return image.parse(takeWholeDevice(device));
 }
 
 // Formats the driver is not given (single- and two-channel, half floats,

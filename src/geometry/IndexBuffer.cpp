@@ -31,27 +31,47 @@ quint32 wordAt(const char* data)
     return qFromLittleEndian<quint32>(data);
 }
 
-void appendIndex(quint32 index, bool is32Bit, MeshGeometry& geometry, QByteArray& glBytes)
-{
-    geometry.indices16.append(quint16(index));
-    if (is32Bit) {
-        geometry.indices32.append(index);
-        char bytes[4];
-        std::memcpy(bytes, &index, 4);
-        glBytes.append(bytes, 4);
-    } else {
-        const quint16 low = quint16(index);
-        char bytes[2];
-        std::memcpy(bytes, &low, 2);
-        glBytes.append(bytes, 2);
-    }
-}
-
 quint32 indexAt(const char* indices, qint64 position, bool is32Bit)
 {
     if (is32Bit)
         return qFromLittleEndian<quint32>(indices + position * 4);
     return qFromLittleEndian<quint16>(indices + position * 2);
+}
+
+// Writes the triangles' indices, winding reversed, into the geometry's lists
+// (after what they hold) and into glBytes in the chunk's own width: sized
+// once and filled in place, as a large model has millions of them.
+void copyReversedTriangles(const char* indices, qint64 triangles, bool is32Bit,
+                           MeshGeometry& geometry, QByteArray& glBytes)
+{
+    const qint64 count = triangles * 3;
+    const qint64 first16 = geometry.indices16.size();
+    geometry.indices16.resize(first16 + count);
+    quint16* low = geometry.indices16.data() + first16;
+    quint32* wide = nullptr;
+    if (is32Bit) {
+        const qint64 first32 = geometry.indices32.size();
+        geometry.indices32.resize(first32 + count);
+        wide = geometry.indices32.data() + first32;
+    }
+    glBytes.resize(count * (is32Bit ? 4 : 2));
+    char* gl = glBytes.data();
+    for (qint64 triangle = 0; triangle < triangles; ++triangle) {
+        for (int corner = 2; corner >= 0; --corner) {
+            const qint64 position = triangle * 3 + corner;
+            const quint32 index = indexAt(indices, position, is32Bit);
+            *low++ = quint16(index);
+            if (is32Bit) {
+                *wide++ = index;
+                std::memcpy(gl, &index, 4);
+                gl += 4;
+            } else {
+                const quint16 narrow = quint16(index);
+                std::memcpy(gl, &narrow, 2);
+                gl += 2;
+            }
+        }
+    }
 }
 } // namespace
 
@@ -93,16 +113,7 @@ bool decodeIndexChunk(const QByteArray& chunkBytes, MeshGeometry& geometry, Deco
     }
     const qint64 triangles = indicesPresent / 3;
     geometry.triangleCount = quint32(triangles);
-    geometry.indices16.reserve(int(triangles * 3));
-    if (out.is32Bit)
-        geometry.indices32.reserve(int(triangles * 3));
-    out.glBytes.reserve(int(triangles * 3 * width));
-    const char* indices = data + HeaderSize;
-    for (qint64 triangle = 0; triangle < triangles; ++triangle) {
-        for (int corner = 2; corner >= 0; --corner)
-            appendIndex(indexAt(indices, triangle * 3 + corner, out.is32Bit), out.is32Bit, geometry,
-                        out.glBytes);
-    }
+    copyReversedTriangles(data + HeaderSize, triangles, out.is32Bit, geometry, out.glBytes);
 
     const qint64 groupStart = HeaderSize + indexCount * width;
     const qint64 groupBytes = std::max<qint64>(0, chunkBytes.size() - groupStart);

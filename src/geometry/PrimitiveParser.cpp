@@ -1,6 +1,7 @@
 #include "PrimitiveParser.h"
 
 #include "BinaryReader.h"
+#include "DeviceBytes.h"
 #include "FileManager.h"
 #include "Log.h"
 
@@ -123,8 +124,7 @@ bool PrimitiveParser::parse(QIODevice* device, ReadFailure& failure)
         Log::log(QStringLiteral("Binary header incorrect."), Log::Warning);
         return false;
     }
-    reader.seek(0);
-    return splitChunks(reader.readAll(), chunks);
+    return splitChunks(wholeDevice(device), chunks);
 }
 
 PrimitiveChunk* PrimitiveParser::chunk(const QString& name) const
