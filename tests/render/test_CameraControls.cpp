@@ -46,8 +46,7 @@ protected:
         reference.distance = distance;
         const float angles[3] = {x, y, z};
         reference.setOrientation(angles);
-        const Quaternion &a = camera.orientation, &e = reference.orientation;
-        expectNear(std::array<float, 4>{a.x, a.y, a.z, a.w}, {e.x, e.y, e.z, e.w}, 1e-6f);
+        expectNear(camera.axisX, reference.axisX, 1e-6f);
         expectNear(camera.eye, reference.eye, 1e-4f);
         EXPECT_EQ(camera.distance, distance);
     }
@@ -108,11 +107,8 @@ TEST_F(CameraControlsTest, ResetSetsTheStartViewAndTheTypeTheProjection)
     controls.wheel(-120);
     EXPECT_NEAR(camera.projection[0], 2 / 10.4f, 1e-6f);
 
-    for (int unknown : {2, -1}) {
-        controls.setCameraType(unknown);
-        EXPECT_EQ(camera.projectionType, 0) << unknown;
-        EXPECT_EQ(controls.typeIndex, 1) << unknown;
-    }
+    controls.setCameraType(2); // unknown: no change
+    EXPECT_EQ(camera.projectionType, 0);
     controls.setCameraType(0);
     EXPECT_EQ(camera.projectionType, 1);
     EXPECT_EQ(controls.typeIndex, 0);
