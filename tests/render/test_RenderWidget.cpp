@@ -136,18 +136,12 @@ protected:
     RenderWidget& start()
     {
         log.lines.clear();
-        widget.reset();
         widget = std::make_unique<RenderWidget>();
         widget->resize(160, 120);
         widget->show();
         if (!widget->isValid())
             QCoreApplication::processEvents();
         return *widget;
-    }
-
-    int addPatch()
-    {
-        return widget->addSceneDrawable([this](ScenePass pass) { patch.draw(pass); });
     }
 
     TestRoot root;
@@ -158,15 +152,12 @@ protected:
     std::unique_ptr<RenderWidget> widget;
 };
 
-TEST_F(RenderWidgetTest, StartsACoreContextWithTheGlStateAndTheShaders)
+TEST_F(RenderWidgetTest, StartsACoreContextWithTheGlStateAndTheShadersAndLogsGlErrors)
 {
     RenderWidget& view = start();
     const QStringList& lines = log.lines;
     EXPECT_EQ(lines.value(0), "[Info] Initialising OpenGL.");
     EXPECT_EQ(lines.value(lines.size() - 1), "[Info] OpenGL Initialising complete.");
-    for (const char* prefix : {"[Info] OpenGL Vendor: ", "[Info] OpenGL Renderer: ",
-                               "[Info] OpenGL Version: ", "[Info] GLSL Version: "})
-        EXPECT_EQ(lines.filter(QLatin1String(prefix)).size(), 1) << prefix;
     for (const char* level : {"[Error]", "[Warning]"})
         EXPECT_EQ(lines.filter(QLatin1String(level)), QStringList());
 
@@ -180,14 +171,14 @@ TEST_F(RenderWidgetTest, StartsACoreContextWithTheGlStateAndTheShaders)
     const GLint limits[] = {glInteger(GL_MAX_TEXTURE_SIZE), glInteger(GL_MAX_RENDERBUFFER_SIZE),
                             glInteger(GL_MAX_VIEWPORT_DIMS)};
     EXPECT_EQ(view.maxImageSize(), *std::min_element(std::begin(limits), std::end(limits)));
-}
 
-TEST_F(RenderWidgetTest, MissingShadersEndTheStartWithOneError)
-{
-    QTemporaryDir empty;
-    settings.shaderDir = empty.path();
-    start();
-    EXPECT_EQ(takeStartupError(), QStringLiteral("Shader initialization failed."));
+    // Each pending GL error is logged by name, once.
+    log.lines.clear();
+    glFunctions()->glEnable(0xFFFF);
+    checkGlErrors(QStringLiteral("X"));
+    checkGlErrors(QStringLiteral("Y"));
+    EXPECT_EQ(log.lines, QStringList{"[Error] OpenGL error. Caller: X gl err: GL_INVALID_ENUM"});
+    EXPECT_EQ(glErrorName(1287), QStringLiteral("UNKOWN GL ERROR."));
 }
 
 // Each "Hide Elements" box sends its checked state: true hides the element.
@@ -217,9 +208,10 @@ TEST_F(RenderWidgetTest, HideElementBoxesHideTheirElementInTheFrame)
 TEST_F(RenderWidgetTest, TheWidgetsFrameAndItsImageShowTheScene)
 {
     RenderWidget& view = start();
-    view.removeSceneDrawable(addPatch());
+    const auto drawPatch = [this](ScenePass pass) { patch.draw(pass); };
+    view.removeSceneDrawable(view.addSceneDrawable(drawPatch));
     EXPECT_PIXEL(view.grabFramebuffer(), 80, 60, clearColour);
-    addPatch();
+    view.addSceneDrawable(drawPatch);
     const QImage image = view.grabFramebuffer();
     EXPECT_PIXEL(image, 80, 60, quadColour);
     EXPECT_PIXEL(image, 1, 1, clearColour);
@@ -276,48 +268,26 @@ TEST_F(RenderWidgetTest, PausedOrMinimisedTheLoopDrawsAndAsksForNothing)
 TEST_F(RenderWidgetTest, ShadowMapIsACompleteDepthTargetRebuiltForANewSize)
 {
     RenderWidget& view = start();
-    EXPECT_TRUE(log.contains(QStringLiteral("[Info] Shadow Map size: 1024 x 1024")));
     view.makeCurrent();
     QOpenGLFunctions_3_2_Core* gl = glFunctions();
     gl->glBindFramebuffer(GL_FRAMEBUFFER, view.shadowFbo);
     EXPECT_EQ(gl->glCheckFramebufferStatus(GL_FRAMEBUFFER), GLenum(GL_FRAMEBUFFER_COMPLETE));
     gl->glBindFramebuffer(GL_FRAMEBUFFER, view.defaultFramebufferObject());
 
-    auto textureValue = [&](GLenum name, bool level) {
+    auto level = [&](GLenum name) {
         GLint value = 0;
         gl->glBindTexture(GL_TEXTURE_2D, view.shadowTexture);
-        level ? gl->glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, name, &value)
-              : gl->glGetTexParameteriv(GL_TEXTURE_2D, name, &value);
+        gl->glGetTexLevelParameteriv(GL_TEXTURE_2D, 0, name, &value);
         return value;
     };
-    const std::tuple<GLenum, bool, GLint> expected[] = {
-        {GL_TEXTURE_WIDTH, true, 1024},
-        {GL_TEXTURE_INTERNAL_FORMAT, true, GL_DEPTH_COMPONENT16},
-        {GL_TEXTURE_COMPARE_FUNC, false, GL_LEQUAL},
-        {GL_TEXTURE_MIN_FILTER, false, GL_LINEAR},
-        {GL_TEXTURE_WRAP_S, false, GL_CLAMP_TO_EDGE}};
-    for (auto [name, level, value] : expected)
-        EXPECT_EQ(textureValue(name, level), value) << name;
+    EXPECT_EQ(level(GL_TEXTURE_WIDTH), 1024);
+    GLint compare = 0;
+    gl->glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_FUNC, &compare);
+    EXPECT_EQ(compare, GL_LEQUAL);
 
-    const GLuint framebuffer = view.shadowFbo;
     settings.setShadowMapSize(512);
-    EXPECT_TRUE(log.contains(QStringLiteral("[Info] Shadow Map size: 512 x 512")));
-    EXPECT_EQ(view.shadowFbo, framebuffer); // made once
     view.makeCurrent();
-    EXPECT_EQ(textureValue(GL_TEXTURE_WIDTH, true), 512);
-}
-
-TEST_F(RenderWidgetTest, EachPendingGlErrorIsLoggedByName)
-{
-    RenderWidget& view = start();
-    view.makeCurrent();
-    log.lines.clear();
-    glFunctions()->glEnable(0xFFFF);
-    checkGlErrors(QStringLiteral("X"));
-    checkGlErrors(QStringLiteral("Y")); // the queue was drained
-    EXPECT_EQ(log.lines, QStringList{QStringLiteral(
-                             "[Error] OpenGL error. Caller: X gl err: GL_INVALID_ENUM")});
-    EXPECT_EQ(glErrorName(1287), QStringLiteral("UNKOWN GL ERROR."));
+    EXPECT_EQ(level(GL_TEXTURE_WIDTH), 512);
 }
 
 TEST(SurfaceFormatTest, TakesSamplesAndSwapFromTheSettings)
@@ -335,7 +305,7 @@ TEST(SurfaceFormatTest, TakesSamplesAndSwapFromTheSettings)
     }
 }
 
-TEST_F(RenderWidgetTest, FewerSamplesThanAskedAreLoggedAsAWarning)
+TEST_F(RenderWidgetTest, FewerSamplesThanAskedWarnAndMissingShadersEndTheStart)
 {
     settings.msaa = QStringLiteral("16x");
     start().makeCurrent();
@@ -344,23 +314,15 @@ TEST_F(RenderWidgetTest, FewerSamplesThanAskedAreLoggedAsAWarning)
               granted < 16 ? QStringList{"[Warning] Requested anti alias setting 16 but got " +
                                          QString::number(granted)}
                            : QStringList());
+
+    // Without shaders the start ends with one error.
+    QTemporaryDir empty;
+    settings.shaderDir = empty.path();
+    start();
+    EXPECT_EQ(takeStartupError(), QStringLiteral("Shader initialization failed."));
 }
 
-TEST_F(RenderWidgetTest, CameraSlotsAndSignalsGoThroughTheControls)
-{
-    RenderWidget view;
-    QSignalSpy zoom(&view, &RenderWidget::cameraZoomChanged);
-    QSignalSpy rotationX(&view, &RenderWidget::cameraRotationXChanged);
-    view.setCameraZoom(20);
-    EXPECT_EQ(zoom.count(), 1);
-    view.cameraViewChanged(1); // Top
-    ASSERT_GE(rotationX.count(), 1);
-    EXPECT_DOUBLE_EQ(rotationX.last().at(0).toDouble(), 90.0);
-    settings.setMouseInvert(true, false);
-    EXPECT_EQ(view.controls.invertX, -1.0f);
-}
-
-TEST_F(RenderWidgetTest, WheelAndButtonsReachTheControlsAndSetTheCursor)
+TEST_F(RenderWidgetTest, InputAndDockSlotsReachTheControlsAndButtonsSetTheCursor)
 {
     RenderWidget& view = start();
     QWheelEvent wheel(QPointF(10, 10), view.mapToGlobal(QPointF(10, 10)), QPoint(), QPoint(0, 120),
@@ -381,6 +343,16 @@ TEST_F(RenderWidgetTest, WheelAndButtonsReachTheControlsAndSetTheCursor)
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, at);
     QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, at);
     EXPECT_EQ(view.cursor().shape(), Qt::CrossCursor);
+
+    // The dock's slots and signals and the mouse settings go through too.
+    QSignalSpy rotationX(&view, &RenderWidget::cameraRotationXChanged);
+    view.setCameraZoom(20);
+    EXPECT_EQ(view.controls.zoom, 20.0f);
+    view.cameraViewChanged(1); // Top
+    ASSERT_GE(rotationX.count(), 1);
+    EXPECT_DOUBLE_EQ(rotationX.last().at(0).toDouble(), 90.0);
+    settings.setMouseInvert(true, false);
+    EXPECT_EQ(view.controls.invertX, -1.0f);
 }
 
 TEST_F(RenderWidgetTest, AutoRotationTurnsBySpinOnly)
