@@ -145,10 +145,10 @@ char* writeExponent(char* out, int exponent)
 // value as QString::number(double(value), 'g', 6) writes it: six significant
 // digits, rounded from the exact binary value with ties away from zero,
 // trailing zeros dropped, the exponent form below 1e-4 and from 1e6 on.
-// Computed exactly in integers, which Qt's general double formatting is not
-// needed for. Gives the end of what was written to out (16 bytes are
-// enough), or nullptr for values it leaves to Qt: zero with its sign, the
-// infinities, NaN, and magnitudes beyond 1e+24 or below 1e-24.
+// Computed exactly in 128-bit integers, at a fraction of the cost of Qt's
+// general double formatting. Gives the end of what was written to out (16
+// bytes are enough), or nullptr for values it leaves to Qt: zero with its
+// sign, the infinities, NaN, and magnitudes beyond 1e+24 or below 1e-24.
 char* writeFloat(char* out, float value)
 {
     quint32 bits;
@@ -317,18 +317,18 @@ QDomDocument PackedXmlReader::readDocument(const QString& fileName)
 
     ByteCursor bytesCursor(bytes, 4, *reader);
     cursor = &bytesCursor;
-    QDomDocument document = readPacked(bytes, fileName);
+    QDomDocument document = readPacked(fileName);
     // The device stands after the last byte used, as if read piece by piece.
     reader->seek(bytesCursor.taken() + 4);
     cursor = nullptr;
     return document;
 }
 
-QDomDocument PackedXmlReader::readPacked(const QByteArray& bytes, const QString& fileName)
+QDomDocument PackedXmlReader::readPacked(const QString& fileName)
 {
     // The byte after the magic carries nothing we use. With nothing left the
     // name table's look-ahead reports the short file.
-    if (bytes.size() > 4)
+    if (cursor->remaining() > 0)
         cursor->take(1, "");
     if (!readNames())
         return QDomDocument();

@@ -33,7 +33,7 @@ public:
 
 private:
     QDomDocument readDocument(const QString& fileName);
-    QDomDocument readPacked(const QByteArray& bytes, const QString& fileName);
+    QDomDocument readPacked(const QString& fileName);
     QDomDocument readPlainText(const QByteArray& bytes);
     bool readNames();
     bool readElement(QDomDocument& document, QDomNode& node, int depth);
