@@ -153,3 +153,14 @@ void BinaryReader::fail(const char* message)
 {
     readFailure.record(QString::fromLatin1(message));
 }
+
+QByteArray ByteCursor::readCString()
+{
+    const void* zero = std::memchr(at, 0, size_t(end - at));
+    if (!zero) {
+        reader.fail("Error reading data: peek");
+        return QByteArray();
+    }
+    const qint64 length = static_cast<const char*>(zero) - at;
+    return QByteArray(take(length, "Error reading data: readChar()"), length);
+}

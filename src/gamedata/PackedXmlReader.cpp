@@ -60,25 +60,222 @@ float floatAt(const char* data)
     return value;
 }
 
+// GCC and Clang both have it; the pedantic warning knows no other way.
+__extension__ typedef unsigned __int128 Wide;
+
+// 10^0 to 10^38, the largest that fits below 2^127.
+struct PowersOfTen
+{
+    Wide value[39];
+    int bits[39]; // bit length of each
+    constexpr PowersOfTen() : value(), bits()
+    {
+        Wide power = 1;
+        for (int i = 0; i < 39; ++i) {
+            value[i] = power;
+            int length = 0;
+            for (Wide rest = power; rest != 0; rest >>= 1)
+                ++length;
+            bits[i] = length;
+            power *= 10;
+        }
+    }
+};
+constexpr PowersOfTen powersOfTen;
+
+constexpr int SignificantDigits = 6;
+constexpr quint64 LowestSix = 100000;  // 10^(digits - 1)
+constexpr quint64 BeyondSix = 1000000; // 10^digits
+
+// The significand times 2^binaryExponent times 10^scale, split into its
+// whole part and how the fraction compares with one half (-1, 0 or 1).
+// False when the numbers would not fit in 128 bits.
+bool scaleExactly(quint32 significand, int binaryExponent, int scale, quint64& whole, int& half)
+{
+    if (scale > 38 || scale < -38)
+        return false;
+    Wide numerator = significand;
+    int numeratorBits = 24;
+    if (scale >= 0) {
+        numerator *= powersOfTen.value[scale];
+        numeratorBits += powersOfTen.bits[scale];
+    }
+    if (binaryExponent > 0) {
+        numerator <<= binaryExponent;
+        numeratorBits += binaryExponent;
+    }
+    if (numeratorBits > 126)
+        return false;
+    const int shift = binaryExponent < 0 ? -binaryExponent : 0;
+    Wide quotient, remainder, denominator;
+    if (scale >= 0) {
+        if (shift > 126)
+            return false;
+        denominator = Wide(1) << shift;
+        quotient = numerator >> shift;
+        remainder = numerator & (denominator - 1);
+    } else {
+        if (powersOfTen.bits[-scale] + shift > 126)
+            return false;
+        denominator = powersOfTen.value[-scale] << shift;
+        quotient = numerator / denominator;
+        remainder = numerator % denominator;
+    }
+    if (quotient >= Wide(BeyondSix) * 10)
+        return false;
+    whole = quint64(quotient);
+    const Wide twice = remainder << 1;
+    half = twice < denominator ? -1 : twice == denominator ? 0 : 1;
+    return true;
+}
+
+// Writes the decimal exponent as Qt does: a sign and at least two digits.
+char* writeExponent(char* out, int exponent)
+{
+    *out++ = 'e';
+    *out++ = exponent < 0 ? '-' : '+';
+    const int magnitude = exponent < 0 ? -exponent : exponent;
+    if (magnitude >= 100)
+        *out++ = char('0' + magnitude / 100);
+    *out++ = char('0' + magnitude / 10 % 10);
+    *out++ = char('0' + magnitude % 10);
+    return out;
+}
+
+// value as QString::number(double(value), 'g', 6) writes it: six significant
+// digits, rounded from the exact binary value with ties away from zero,
+// trailing zeros dropped, the exponent form below 1e-4 and from 1e6 on.
+// Computed exactly in 128-bit integers, at a fraction of the cost of Qt's
+// general double formatting. Gives the end of what was written to out (16
+// bytes are enough), or nullptr for values it leaves to Qt: zero with its
+// sign, the infinities, NaN, and magnitudes beyond 1e+24 or below 1e-24.
+char* writeFloat(char* out, float value)
+{
+    quint32 bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    const bool negative = bits >> 31;
+    const int biasedExponent = int(bits >> 23) & 0xFF;
+    quint32 significand = bits & 0x7FFFFFu;
+    if (biasedExponent == 0xFF)
+        return nullptr;
+    if (biasedExponent == 0 && significand == 0) {
+        if (negative)
+            return nullptr;
+        *out++ = '0';
+        return out;
+    }
+    int binaryExponent = -149;
+    if (biasedExponent != 0) {
+        significand |= 0x800000u;
+        binaryExponent = biasedExponent - 150;
+    }
+
+    // The highest set bit gives the decimal exponent to within one
+    // (78913 / 2^18 is log10(2) to seven places); the loop settles it.
+    const int topBit = 31 - __builtin_clz(significand) + binaryExponent;
+    int exponent = (topBit * 78913) >> 18;
+    if (exponent > 24 || exponent < -24)
+        return nullptr;
+    quint64 digits = 0;
+    int half = 0;
+    for (;;) {
+        if (!scaleExactly(significand, binaryExponent, SignificantDigits - 1 - exponent, digits,
+                          half))
+            return nullptr;
+        if (digits >= BeyondSix)
+            ++exponent;
+        else if (digits < LowestSix)
+            --exponent;
+        else
+            break;
+    }
+    if (half >= 0 && ++digits == BeyondSix) {
+        digits = LowestSix;
+        ++exponent;
+    }
+
+    char text[SignificantDigits];
+    for (int i = SignificantDigits - 1; i >= 0; --i) {
+        text[i] = char('0' + digits % 10);
+        digits /= 10;
+    }
+    int count = SignificantDigits;
+    while (text[count - 1] == '0')
+        --count;
+
+    if (negative)
+        *out++ = '-';
+    if (exponent < -4 || exponent >= SignificantDigits) {
+        *out++ = text[0];
+        if (count > 1) {
+            *out++ = '.';
+            for (int i = 1; i < count; ++i)
+                *out++ = text[i];
+        }
+        return writeExponent(out, exponent);
+    }
+    if (exponent < 0) {
+        *out++ = '0';
+        *out++ = '.';
+        for (int i = -1; i > exponent; --i)
+            *out++ = '0';
+        for (int i = 0; i < count; ++i)
+            *out++ = text[i];
+        return out;
+    }
+    for (int i = 0; i <= exponent; ++i)
+        *out++ = i < count ? text[i] : '0';
+    if (count > exponent + 1) {
+        *out++ = '.';
+        for (int i = exponent + 1; i < count; ++i)
+            *out++ = text[i];
+    }
+    return out;
+}
+
+// Room for one number however it is written, and its blank.
+constexpr int MaxFloatText = 24;
+
 // The floats joined by blanks, each as setNum gives it with six digits, but
-// "-1e-06" reads "0". Written into one string: a vehicle file holds
-// hundreds of thousands of these, and a list of parts joined afterwards
-// cost more than the numbers themselves.
+// "-1e-06" reads "0". A vehicle file holds hundreds of thousands of these:
+// they are written as Latin-1 into one buffer and become one string.
 QString floatsText(const char* data, int count)
 {
-    QString text;
-    text.reserve(count * 9);
-    QString number;
+    QVarLengthArray<char, 16 * MaxFloatText> text(qsizetype(count) * MaxFloatText);
+    char* out = text.data();
     for (int i = 0; i < count; ++i) {
         if (i > 0)
-            text += QLatin1Char(' ');
-        number.setNum(floatAt(data + 4 * i), 'g', 6);
-        if (number == QLatin1String("-1e-06"))
-            text += QLatin1Char('0');
-        else
-            text += number;
+            *out++ = ' ';
+        const float value = floatAt(data + 4 * i);
+        char* numberEnd = writeFloat(out, value);
+        if (!numberEnd) {
+            const QByteArray number = QString::number(double(value), 'g', 6).toLatin1();
+            std::memcpy(out, number.constData(), size_t(number.size()));
+            numberEnd = out + number.size();
+        }
+        if (numberEnd - out == 6 && std::memcmp(out, "-1e-06", 6) == 0) {
+            *out = '0';
+            numberEnd = out + 1;
+        }
+        out = numberEnd;
     }
-    return text;
+    return QString::fromLatin1(text.data(), out - text.data());
+}
+
+// As QString::number(value) writes it, base 10.
+QString integerText(qint32 value)
+{
+    char text[12];
+    char* end = text + sizeof text;
+    char* out = end;
+    quint32 magnitude = value < 0 ? 0u - quint32(value) : quint32(value);
+    do {
+        *--out = char('0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude != 0);
+    if (value < 0)
+        *--out = '-';
+    return QString::fromLatin1(out, end - out);
 }
 
 void appendText(QDomDocument& document, QDomNode& node, const QString& text)
@@ -107,17 +304,32 @@ QDomDocument PackedXmlReader::read(const QString& fileName, ReadFailure& failure
 
 QDomDocument PackedXmlReader::readDocument(const QString& fileName)
 {
+    // The whole document is taken at once and walked in memory: a device
+    // call for each of its many small values cost more than the values.
     reader->seek(0);
-    const quint32 magic = quint32(reader->readInt());
-    if (reader->failed())
+    const QByteArray bytes = reader->readAll();
+    if (bytes.size() < 4) {
+        reader->fail("Error reading data: readInt()");
         return QDomDocument();
-    if (magic != Magic)
-        return readPlainText();
+    }
+    if (qFromLittleEndian<quint32>(bytes.constData()) != Magic)
+        return readPlainText(bytes);
 
+    ByteCursor bytesCursor(bytes, 4, *reader);
+    cursor = &bytesCursor;
+    QDomDocument document = readPacked(fileName);
+    // The device stands after the last byte used, as if read piece by piece.
+    reader->seek(bytesCursor.taken() + 4);
+    cursor = nullptr;
+    return document;
+}
+
+QDomDocument PackedXmlReader::readPacked(const QString& fileName)
+{
     // The byte after the magic carries nothing we use. With nothing left the
-    // name table's first peek reports the short file.
-    if (reader->remaining() > 0)
-        reader->skip(1);
+    // name table's look-ahead reports the short file.
+    if (cursor->remaining() > 0)
+        cursor->take(1, "");
     if (!readNames())
         return QDomDocument();
 
@@ -128,11 +340,10 @@ QDomDocument PackedXmlReader::readDocument(const QString& fileName)
     return document;
 }
 
-QDomDocument PackedXmlReader::readPlainText()
+QDomDocument PackedXmlReader::readPlainText(const QByteArray& bytes)
 {
     plainText = true;
-    reader->seek(0);
-    const QString text = QString::fromUtf8(reader->readAll()).simplified();
+    const QString text = QString::fromUtf8(bytes).simplified();
     QDomDocument document;
     if (!document.setContent(text))
         return QDomDocument();
@@ -142,11 +353,11 @@ QDomDocument PackedXmlReader::readPlainText()
 bool PackedXmlReader::readNames()
 {
     for (;;) {
-        const QByteArray name = reader->readCString();
+        const QByteArray name = cursor->readCString();
         if (reader->failed())
             return false;
-        // readCString leaves the terminator; it is there, since the peek saw it.
-        reader->skip(1);
+        // readCString leaves the terminator; it is there, since it was found.
+        cursor->take(1, "");
         if (name.isEmpty())
             return true;
         names.append(QString::fromLatin1(name));
@@ -161,22 +372,22 @@ bool PackedXmlReader::readElement(QDomDocument& document, QDomNode& node, int de
         return stop("Error reading data: nesting too deep");
     }
 
-    const qint16 childCount = reader->readShort();
+    const qint16 childCount = cursor->readShort();
     if (reader->failed())
         return false;
-    const quint32 ownDescriptor = quint32(reader->readInt());
+    const quint32 ownDescriptor = quint32(cursor->readInt());
     if (reader->failed())
         return false;
 
     // Each entry takes six bytes, so the data bounds what is reserved.
     const int count = qMax<int>(childCount, 0);
     QVarLengthArray<ChildEntry, 32> children;
-    children.reserve(int(qMin<qint64>(count, reader->remaining() / 6)));
+    children.reserve(int(qMin<qint64>(count, cursor->remaining() / 6)));
     for (int i = 0; i < count; ++i) {
-        const qint16 nameIndex = reader->readShort();
+        const qint16 nameIndex = cursor->readShort();
         if (reader->failed())
             return false;
-        const quint32 descriptor = quint32(reader->readInt());
+        const quint32 descriptor = quint32(cursor->readInt());
         if (reader->failed())
             return false;
         children.append({nameIndex, descriptor});
@@ -236,11 +447,11 @@ bool PackedXmlReader::readValue(QDomDocument& document, QDomNode& node, int prev
 
 bool PackedXmlReader::readString(QDomDocument& document, QDomNode& node, int length)
 {
-    const QByteArray bytes = reader->readBytes(length, "Error reading data: readChar()");
-    if (reader->failed())
+    const char* bytes = cursor->take(length, "Error reading data: readChar()");
+    if (!bytes)
         return false;
     // One character for each byte, whatever the bytes are.
-    appendText(document, node, QString::fromLatin1(bytes));
+    appendText(document, node, QString::fromLatin1(bytes, length));
     return true;
 }
 
@@ -251,21 +462,21 @@ bool PackedXmlReader::readInteger(QDomDocument& document, QDomNode& node, int le
     qint32 value = 0;
     switch (length) {
     case 1:
-        value = reader->readCharSigned();
+        value = cursor->readCharSigned();
         break;
     case 2:
-        value = reader->readShort();
+        value = cursor->readShort();
         break;
     case 4:
-        value = reader->readInt();
+        value = cursor->readInt();
         break;
     default:
-        reader->readBytes(length, "Error reading data: readInt()");
+        cursor->take(length, "Error reading data: readInt()");
         break;
     }
     if (reader->failed())
         return false;
-    appendText(document, node, QString::number(value));
+    appendText(document, node, integerText(value));
     return true;
 }
 
@@ -273,15 +484,12 @@ bool PackedXmlReader::readFloats(QDomDocument& document, QDomNode& node, int len
 {
     // A remainder of length / 4 stays unread, as the format has it.
     const int count = length / 4;
-    if (qint64(count) * 4 > reader->remaining())
-        return stop("Error reading data: readFloat()");
-    const QByteArray bytes =
-        reader->readBytes(qint64(count) * 4, "Error reading data: readFloat()");
-    if (reader->failed())
+    const char* bytes = cursor->take(qint64(count) * 4, "Error reading data: readFloat()");
+    if (!bytes)
         return false;
 
     if (count != MatrixFloats) {
-        appendText(document, node, floatsText(bytes.constData(), count));
+        appendText(document, node, floatsText(bytes, count));
         return true;
     }
     // Twelve numbers are a 4 x 3 matrix, one row element for each three.
@@ -289,7 +497,7 @@ bool PackedXmlReader::readFloats(QDomDocument& document, QDomNode& node, int len
                                       QStringLiteral("row2"), QStringLiteral("row3")};
     for (int row = 0; row < 4; ++row) {
         QDomElement element = document.createElement(rowTags[row]);
-        appendText(document, element, floatsText(bytes.constData() + row * 12, 3));
+        appendText(document, element, floatsText(bytes + row * 12, 3));
         node.appendChild(element);
     }
     return true;
@@ -301,7 +509,7 @@ bool PackedXmlReader::readBoolean(QDomDocument& document, QDomNode& node, int le
         appendText(document, node, QStringLiteral("false"));
         return true;
     }
-    const qint8 byte = reader->readCharSigned();
+    const qint8 byte = cursor->readCharSigned();
     if (reader->failed())
         return false;
     // The value stands as true even when the byte is not 1, which is the
@@ -314,10 +522,11 @@ bool PackedXmlReader::readBoolean(QDomDocument& document, QDomNode& node, int le
 
 bool PackedXmlReader::readBlob(QDomDocument& document, QDomNode& node, int length)
 {
-    const QByteArray bytes = reader->readBytes(length, "Error reading data: readCharSigned()");
-    if (reader->failed())
+    const char* bytes = cursor->take(length, "Error reading data: readCharSigned()");
+    if (!bytes)
         return false;
-    appendText(document, node, QString::fromLatin1(bytes.toBase64()));
+    appendText(document, node,
+               QString::fromLatin1(QByteArray::fromRawData(bytes, length).toBase64()));
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <QVector>
 
 class BinaryReader;
+class ByteCursor;
 class ReadFailure;
 
 // The game's binary encoding of XML, or plain XML text, as a DOM document.
@@ -32,7 +33,8 @@ public:
 
 private:
     QDomDocument readDocument(const QString& fileName);
-    QDomDocument readPlainText();
+    QDomDocument readPacked(const QString& fileName);
+    QDomDocument readPlainText(const QByteArray& bytes);
     bool readNames();
     bool readElement(QDomDocument& document, QDomNode& node, int depth);
     bool readValue(QDomDocument& document, QDomNode& node, int previousEnd, quint32 descriptor,
@@ -47,4 +49,6 @@ private:
 
     BinaryReader* reader;
     QVector<QString> names;
+    // The packed document's bytes while read() walks them.
+    ByteCursor* cursor = nullptr;
 };

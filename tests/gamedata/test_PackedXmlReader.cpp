@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cstring>
 
 namespace {
@@ -280,6 +281,28 @@ TEST(PackedXmlReaderTest, TwelveFloatsBecomeFourRowsAndOtherCountsStayText)
               (QStringList{"row0=0.5 1 1.5", "row1=2 2.5 3", "row2=3.5 4 4.5", "row3=5 5.5 6"}));
     for (int count : {11, 13})
         EXPECT_EQ(childNodes(readOne(floats(numbers.mid(0, count)))).size(), 1) << count;
+}
+
+// Numbers read as QString::number(v, 'g', 6) writes them, "-1e-06" as "0":
+// ties, values that round up to a new digit, the edges of the exponent form,
+// zeros, infinities, NaN, denormals, and a stride through all bit patterns.
+TEST(PackedXmlReaderTest, FloatsReadAsQtWritesThemWithSixDigits)
+{
+    QList<float> numbers = {
+        1234565, 1234.125f,     123456.5f,      1048576.5f,     999999.5f, 99999.95f,     1e-4f,
+        1e-5f,   1e24f,         1e-24f,         -0.0f,          0,         1e-45f,        FLT_MIN,
+        FLT_MAX, float(qInf()), -float(qInf()), float(qQNaN()), -1e-6f,    -1.0000001e-6f};
+    for (quint32 i = 0; i < 20000; ++i) {
+        const quint32 bits = i * 0x9E3779B1u;
+        numbers.append(0);
+        std::memcpy(&numbers.last(), &bits, 4);
+    }
+    QStringList expected;
+    for (float number : numbers) {
+        const QString text = QString::number(double(number), 'g', 6);
+        expected.append(text == "-1e-06" ? "0" : text);
+    }
+    EXPECT_EQ(readOne(floats(numbers)).text().split(' '), expected);
 }
 
 TEST(PackedXmlReaderTest, PlainTextIsSimplifiedBeforeParsingOrGivesAnEmptyDocumentQuietly)
