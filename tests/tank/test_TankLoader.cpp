@@ -2,6 +2,7 @@
 
 #include "Database.h"
 #include "LogCapture.h"
+#include "MathChecks.h"
 #include "MessageBoxRecorder.h"
 #include "MoReaderCached.h"
 #include "QtPrinters.h"
@@ -24,12 +25,8 @@ const QString BoxTank = QStringLiteral("Box Tank");
 // Triangles of the parts: 2 x cells x cells with 1, 2, 3, 4 cells; the big
 // gun has 5.
 constexpr int ChassisTriangles = 2, HullTriangles = 8, TurretTriangles = 18, GunTriangles = 32,
-              BigGunTriangles = 50;
-
-Vector3 translationOf(const Matrix& m)
-{
-    return {m[12], m[13], m[14]};
-}
+              BigGunTriangles = 50,
+              AllTriangles = ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles;
 
 // m applied to the point p.
 Vector3 transformed(const Matrix& m, const Vector3& p)
@@ -38,12 +35,6 @@ Vector3 transformed(const Matrix& m, const Vector3& p)
     for (int row = 0; row < 3; ++row)
         out[row] = m[row] * p[0] + m[4 + row] * p[1] + m[8 + row] * p[2] + m[12 + row];
     return out;
-}
-
-void expectNear(const Vector3& got, const Vector3& expected)
-{
-    for (int i = 0; i < 3; ++i)
-        EXPECT_NEAR(got[i], expected[i], 1e-4) << "component " << i;
 }
 
 // The loader over a game folder, with the window's calls recorded.
@@ -77,16 +68,29 @@ protected:
     // Draws nothing but walks the chain, as a frame does.
     void walkChain()
     {
-        const bool flags[] = {loader->hideChassis, loader->hideHull, loader->hideTurret,
-                              loader->hideGun};
         loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = true;
         loader->render(1);
-        loader->hideChassis = flags[0];
-        loader->hideHull = flags[1];
-        loader->hideTurret = flags[2];
-        loader->hideGun = flags[3];
     }
     TankMesh* part(int which) { return loader->mesh(which, loader->damageMode); }
+
+    // A load after a good one that fails leaves nothing to draw; it logs
+    // `logged` and shows `box` unless that is empty.
+    void expectFailedLoad(const QString& name, const QString& logged, const QString& box)
+    {
+        LogCapture log;
+        boxes.boxes.clear();
+        EXPECT_FALSE(loader->load(name));
+        EXPECT_FALSE(loader->loaded);
+        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
+        EXPECT_TRUE(loader->chooser->currentGunName.isEmpty());
+        EXPECT_EQ(loader->triangleCount(), 0);
+        EXPECT_TRUE(log.lines.join('\n').contains(logged)) << log.lines.join('\n').toStdString();
+        ASSERT_EQ(boxes.boxes.size(), box.isEmpty() ? 0 : 1);
+        if (!box.isEmpty()) {
+            EXPECT_EQ(boxes.boxes[0].text, box);
+        }
+        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+    }
 
     SceneFixture scene;
     Database database;
@@ -104,15 +108,18 @@ struct BoxTankGame
     TankGame game;
 };
 
+// The box tank, loaded.
 class TankLoaderTest : protected BoxTankGame, public LoaderFixture
 {
 protected:
     TankLoaderTest() : LoaderFixture(game.path(), game.resourcesPath(), game.tankListPath()) {}
-
-    bool loadWith(const QString& vehicle)
+    void SetUp() override
     {
-        game.writeVehicle(vehicle);
-        return loader->load(BoxTank);
+        LoaderFixture::SetUp();
+        if (!scene.ready())
+            return;
+        game.writeVehicle(TankGame::vehicleText());
+        ASSERT_TRUE(loader->load(BoxTank));
     }
 };
 
@@ -135,30 +142,22 @@ protected:
     MoReaderCached catalogues;
 };
 
-TEST_F(TankLoaderTest, PartsArePlacedByTheJointsOfThePartBefore)
+TEST_F(TankLoaderTest, PartsArePlacedByJointsAndTurnAboutTheirPivotsOnOneChainHiddenOrNot)
 {
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
     for (int state = 0; state < TankLoader::MeshStates; ++state) {
         loader->damageMode = state;
         // The "tank" node scales y by 2: the chassis by its own node and by
-        // the vehicle's scale, the hull by the vehicle's alone.
+        // the vehicle's scale, the hull by the vehicle's alone. The file's
+        // turret position (-0.25, 1.5, -0.5) and gun position (0, 0.3, 1)
+        // give way to the joints, x mirrored.
         EXPECT_EQ(part(TankLoader::ChassisPart)->model, scalingMatrix({1, 4, 1}));
-        Matrix hull = scalingMatrix({1, 2, 1});
-        hull[12] = -0.1f, hull[13] = 0.4f;
-        EXPECT_EQ(part(TankLoader::HullPart)->model, hull);
-        // The file's turret position (-0.25, 1.5, -0.5) and gun position
-        // (0, 0.3, 1) give way to the joints, x mirrored.
-        EXPECT_EQ(part(TankLoader::TurretPart)->offset, (Vector3{-0.5f, 1.2f, -0.3f}));
-        EXPECT_EQ(translationOf(part(TankLoader::TurretPart)->model),
-                  (Vector3{-0.5f, 1.2f, -0.3f}));
-        EXPECT_EQ(part(TankLoader::GunPart)->offset, (Vector3{-0.2f, 0.3f, 0.95f}));
+        EXPECT_EQ(part(TankLoader::HullPart)->model,
+                  matrixProduct(translationMatrix({-0.1f, 0.4f, 0}), scalingMatrix({1, 2, 1})));
         EXPECT_EQ(part(TankLoader::HullPart)->offset, (Vector3{-0.1f, 0.4f, 0}));
+        EXPECT_EQ(part(TankLoader::TurretPart)->offset, (Vector3{-0.5f, 1.2f, -0.3f}));
+        EXPECT_EQ(part(TankLoader::GunPart)->offset, (Vector3{-0.2f, 0.3f, 0.95f}));
     }
-}
-
-TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
-{
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
+    loader->damageMode = 0;
     const struct
     {
         float tank, turret, gun;
@@ -169,12 +168,9 @@ TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
         // The gun turns about its own joint: its origin stays, the tip rises.
         {0, 0, 30, {-0.6f, 2.8f, -0.3f}, {-0.8f, 3.4f, 0.65f}, {-0.8f, 4.4f, 1.516f}},
         {90, 0, 0, {-0.3f, 2.8f, 0.6f}, {0.65f, 3.4f, 0.8f}, {1.65f, 3.4f, 0.8f}},
-        {30,
-         45,
-         10,
-         {-0.7303f, 2.8f, -0.0064f},
-         {0.1355f, 3.4f, 0.4327f},
-         {1.0868f, 3.7473f, 0.6876f}},
+        // clang-format off
+        {30, 45, 10, {-.7303f, 2.8f, -.0064f}, {.1355f, 3.4f, .4327f}, {1.0868f, 3.7473f, .6876f}},
+        // clang-format on
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.tank << " " << c.turret << " " << c.gun);
@@ -188,39 +184,34 @@ TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
                   matrixProduct(loader->tankRotation, part(TankLoader::ChassisPart)->model));
         EXPECT_EQ(part(TankLoader::HullPart)->placement,
                   matrixProduct(loader->tankRotation, part(TankLoader::HullPart)->model));
-        expectNear(transformed(part(TankLoader::TurretPart)->placement, {0, 0, 0}), c.turretOrigin);
-        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 0}), c.gunOrigin);
-        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 1}), c.gunTip);
+        const Matrix& turret = part(TankLoader::TurretPart)->placement;
+        const Matrix& gun = part(TankLoader::GunPart)->placement;
+        expectNear(transformed(turret, {0, 0, 0}), c.turretOrigin, 1e-4f);
+        expectNear(transformed(gun, {0, 0, 0}), c.gunOrigin, 1e-4f);
+        expectNear(transformed(gun, {0, 0, 1}), c.gunTip, 1e-4f);
     }
-}
 
-TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
-{
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
-    loader->setTurretRotation(20);
-    walkChain();
+    // Hidden parts leave the triangle count and keep the chain: in a real
+    // frame a hidden hull still places the turret and gun.
     const Matrix turretPlaced = part(TankLoader::TurretPart)->placement;
     const Matrix gunPlaced = part(TankLoader::GunPart)->placement;
     const struct
     {
         bool chassis, hull, turret, gun;
         int triangles;
-    } cases[] = {
-        {false, false, false, false,
-         ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles},
-        {false, true, false, false, ChassisTriangles + TurretTriangles + GunTriangles},
+    } hidden[] = {
+        {false, false, false, false, AllTriangles},
+        {false, true, false, false, AllTriangles - HullTriangles},
         {true, false, true, false, HullTriangles + GunTriangles},
         {true, true, true, true, 0},
     };
     scene.gl.makeTarget(16, 16);
-    for (const auto& c : cases) {
+    for (const auto& c : hidden) {
         loader->hideChassis = c.chassis;
         loader->hideHull = c.hull;
         loader->hideTurret = c.turret;
         loader->hideGun = c.gun;
         EXPECT_EQ(loader->triangleCount(), c.triangles);
-        // A real frame with these parts shown: a hidden hull still places
-        // the turret and gun.
         loader->render(1);
         EXPECT_EQ(part(TankLoader::TurretPart)->placement, turretPlaced);
         EXPECT_EQ(part(TankLoader::GunPart)->placement, gunPlaced);
@@ -229,7 +220,6 @@ TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
 
 TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
 {
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
     EXPECT_EQ(loader->vehicleSource, TankLoader::Source::LooseFile);
     EXPECT_EQ(loader->hullHealth, 300);
     EXPECT_EQ(recent, QStringList{BoxTank});
@@ -242,18 +232,17 @@ TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
     EXPECT_EQ(gunRange, (Vector2{-8, 20}));
 
     // The big gun, shared, from the second element of the same turret name:
-    // its own yaw limits stand for the turret's.
+    // its own yaw limits stand for the turret's, and a reload keeps it.
+    const int bigGunTriangles =
+        ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles;
     loader->loadTurretGun(TurretName, BigGunName);
     EXPECT_TRUE(loader->loaded);
-    EXPECT_EQ(loader->triangleCount(),
-              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+    EXPECT_EQ(loader->triangleCount(), bigGunTriangles);
     EXPECT_EQ(turretRange, (Vector2{-15, 12}));
     EXPECT_EQ(gunRange, (Vector2{-5, 15}));
-
     ASSERT_TRUE(loader->reload());
     EXPECT_EQ(loader->chooser->currentGunName, BigGunName);
-    EXPECT_EQ(loader->triangleCount(),
-              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+    EXPECT_EQ(loader->triangleCount(), bigGunTriangles);
 
     loader->changeTurret(TurretName);
     EXPECT_EQ(loader->chooser->currentGunName, GunName);
@@ -262,41 +251,13 @@ TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
 
 TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
 {
-    LogCapture log;
     const QString failure = "Failed to parse xml file for tank: Box Tank";
-    const struct
-    {
-        const char* what;
-        QString vehicle;
-        bool withGunFile;
-        QString logged;
-        bool box;
-    } cases[] = {
-        {"no gun file", TankGame::vehicleText(), false,
-         failure + " (no gun file scripts/item_defs/vehicles/testland/components/guns.xml)", true},
-        {"missing hull model", TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"), true,
-         "Failed loading: " + Folder + "Nothing.primitives", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        ASSERT_TRUE(loadWith(TankGame::vehicleText()));
-        log.lines.clear();
-        boxes.boxes.clear();
-        if (!c.withGunFile)
-            game.removeRes(GunFilePath);
-        EXPECT_FALSE(loadWith(c.vehicle));
-        EXPECT_FALSE(loader->loaded);
-        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
-        EXPECT_TRUE(loader->chooser->currentGunName.isEmpty());
-        EXPECT_EQ(loader->triangleCount(), 0);
-        EXPECT_TRUE(log.lines.join('\n').contains(c.logged)) << log.lines.join('\n').toStdString();
-        ASSERT_EQ(boxes.boxes.size(), c.box ? 1 : 0);
-        if (c.box) {
-            EXPECT_EQ(boxes.boxes[0].text, failure);
-        }
-        walkChain(); // nothing loaded: nothing to walk, nothing breaks
-        game.writeGunFile();
-    }
+    game.removeRes(GunFilePath);
+    expectFailedLoad(BoxTank, failure + " (no gun file " + GunFilePath + ")", failure);
+    game.writeGunFile();
+    ASSERT_TRUE(loader->load(BoxTank));
+    game.writeVehicle(TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"));
+    expectFailedLoad(BoxTank, "Failed loading: " + Folder + "Nothing.primitives", "");
     // A name the table does not have fails quietly.
     EXPECT_FALSE(loader->load("Nobody"));
     EXPECT_TRUE(boxes.boxes.isEmpty());
@@ -304,31 +265,22 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
 
 // The sample's vehicles from wherever the program finds them: packed in an
 // archive, plain text, overridden by the mod folder; turrets of one name
-// merged.
+// merged. Some cannot be assembled.
 TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
 {
+    using Source = TankLoader::Source;
     const struct
     {
         QString name;
-        TankLoader::Source source;
+        Source source;
         int startIndex, hullHealth;
         QStringList turrets;
         int firstTurretGuns;
     } cases[] = {
-        {"Talon", TankLoader::Source::Archive, 1, 180, {"Talon turret", "Talon turret 2"}, 2},
-        {"Kestrel", TankLoader::Source::Archive, 1, 180, {"Kestrel turret"}, 2},
-        {"Ironmoth",
-         TankLoader::Source::Archive,
-         0,
-         240,
-         {"Ironmoth turret", "Ironmoth turret 2"},
-         1},
-        {"Basilisk",
-         TankLoader::Source::ModFolder,
-         1,
-         4321,
-         {"Basilisk turret (mod)", "Basilisk turret 2"},
-         2},
+        {"Talon", Source::Archive, 1, 180, {"Talon turret", "Talon turret 2"}, 2},
+        {"Kestrel", Source::Archive, 1, 180, {"Kestrel turret"}, 2},
+        {"Ironmoth", Source::Archive, 0, 240, {"Ironmoth turret", "Ironmoth turret 2"}, 1},
+        {"Basilisk", Source::ModFolder, 1, 4321, {"Basilisk turret (mod)", "Basilisk turret 2"}, 2},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name.toStdString());
@@ -345,33 +297,13 @@ TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
         EXPECT_EQ(loader->triangleCount(), 724 + 80 + 132 + 144);
     }
     EXPECT_TRUE(boxes.boxes.isEmpty());
-}
 
-TEST_F(SampleTankLoaderTest, VehiclesThatCannotBeAssembledLeaveNothingToDraw)
-{
-    LogCapture log;
-    const struct
-    {
-        QString name, reason;
-    } cases[] = {
-        {"Harrow", "the vehicle file has no turret"},
-        {"Marauder", "turret B06_Marauder_Turret has no gun"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name.toStdString());
+    for (const auto& [name, reason] : {std::pair{"Harrow", "the vehicle file has no turret"},
+                                       {"Marauder", "turret B06_Marauder_Turret has no gun"}}) {
+        SCOPED_TRACE(name);
         ASSERT_TRUE(loader->load("Talon"));
-        log.lines.clear();
-        boxes.boxes.clear();
-        EXPECT_FALSE(loader->load(c.name));
-        EXPECT_FALSE(loader->loaded);
-        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
-        EXPECT_EQ(loader->triangleCount(), 0);
-        const QString failure = "Failed to parse xml file for tank: " + c.name;
-        EXPECT_TRUE(log.contains("[Error] " + failure + " (" + c.reason + ")"))
-            << log.lines.join('\n').toStdString();
-        ASSERT_EQ(boxes.boxes.size(), 1);
-        EXPECT_EQ(boxes.boxes[0].text, failure);
-        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+        const QString failure = QString("Failed to parse xml file for tank: ") + name;
+        expectFailedLoad(name, "[Error] " + failure + " (" + reason + ")", failure);
     }
 }
 
