@@ -73,13 +73,12 @@ TEST(DdsImage, CountsLevelsFacesAndSlices)
     ASSERT_TRUE(image.parse(makeDds(2, 2, 0, "DXT1", QByteArray(8, '\0'))));
     EXPECT_EQ(image.mipCount, 1);
     // Red and blue swap only for blue-first files.
-    const QByteArray pixel = bytes({1, 2, 3, 4});
-    ASSERT_TRUE(image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 255}})));
-    EXPECT_EQ(image.pixels, bytes({3, 2, 1, 4}));
-    ASSERT_TRUE(
-        image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 1 << 16}})));
-    EXPECT_EQ(image.pixels, pixel);
-
+    for (const quint32 blueMask : {255u, 1u << 16}) {
+        const QByteArray pixel = bytes({1, 2, 3, 4});
+        ASSERT_TRUE(
+            image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, blueMask}})));
+        EXPECT_EQ(image.pixels, blueMask == 255 ? bytes({3, 2, 1, 4}) : pixel);
+    }
     const DdsFields volume = {{BitCountAt, 8}, {DepthAt, 4}};
     ASSERT_TRUE(image.parse(makeDds(4, 4, 3, "", QByteArray(64 + 8 + 1, '\0'), volume)));
     EXPECT_EQ(image.depth, 4);
@@ -138,14 +137,8 @@ TEST(DdsImage, DecodesColourAndAlphaBlocks)
     const QByteArray high = bytes({200, 100}) + indices, low = bytes({100, 200}) + indices;
     const QByteArray black(8, '\0');
     using F = DdsFormat;
-    const struct
-    {
-        const char* code;
-        QByteArray data;
-        DdsFormat format;
-        int from, step; // compared: every step-th byte from this one on
-        QByteArray expected;
-    } cases[] = {
+    // Code, data, format; the bytes compared are every step-th from `from`.
+    const std::tuple<const char*, QByteArray, DdsFormat, int, int, QByteArray> cases[] = {
         // clang-format off
         // DXT1 takes the three-colour form for c0 <= c1: index 3 black.
         {"DXT1", equal, F::RGB8, 0, 1, bytes({248, 0, 0, 248, 0, 0, 248, 0, 0, 0, 0, 0})},
@@ -164,15 +157,15 @@ TEST(DdsImage, DecodesColourAndAlphaBlocks)
          0, 1, bytes({20, 10, 20, 10})},
         // clang-format on
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.code);
+    for (const auto& [code, data, format, from, step, expected] : cases) {
+        SCOPED_TRACE(code);
         DdsImage image;
-        ASSERT_TRUE(image.parse(makeDds(4, 4, 1, c.code, c.data)) && image.decompress());
-        EXPECT_EQ(image.format, c.format);
+        ASSERT_TRUE(image.parse(makeDds(4, 4, 1, code, data)) && image.decompress());
+        EXPECT_EQ(image.format, format);
         QByteArray got;
-        for (int i = c.from; i < image.pixels.size() && got.size() < c.expected.size(); i += c.step)
+        for (int i = from; i < image.pixels.size() && got.size() < expected.size(); i += step)
             got += image.pixels.at(i);
-        EXPECT_EQ(got, c.expected);
+        EXPECT_EQ(got, expected);
     }
     // A 2 x 2 level keeps only its four pixels of the block.
     DdsImage small;
@@ -187,15 +180,8 @@ TEST(DdsImage, UnpacksPackedFormatsAndConvertsToRgba8WithRounding)
     const QByteArray floats(reinterpret_cast<const char*>(r32f), sizeof r32f);
     const auto unpack = &DdsImage::unpack, toRgba8 = &DdsImage::toRgba8;
     using F = DdsFormat;
-    const struct
-    {
-        DdsFormat format;
-        int width;
-        QByteArray pixels;
-        bool (DdsImage::*step)();
-        DdsFormat after;
-        QByteArray expected;
-    } cases[] = {
+    // Format, width and pixels of one row; the step, and what it leaves.
+    const std::tuple<F, int, QByteArray, bool (DdsImage::*)(), F, QByteArray> cases[] = {
         // clang-format off
         // White; 1, 2, 1.
         {F::RGB565, 2, bytes({0xFF, 0xFF, 0x41, 0x08}), unpack, F::RGB8,
@@ -217,16 +203,14 @@ TEST(DdsImage, UnpacksPackedFormatsAndConvertsToRgba8WithRounding)
          bytes({255, 128, 0, 1})},
         // clang-format on
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(ddsFormatName(c.format));
+    for (const auto& [format, width, pixels, step, after, expected] : cases) {
+        SCOPED_TRACE(ddsFormatName(format));
         DdsImage image;
-        image.width = c.width;
-        image.height = 1;
-        image.format = c.format;
-        image.pixels = c.pixels;
-        ASSERT_TRUE((image.*c.step)());
-        EXPECT_EQ(image.format, c.after);
-        EXPECT_EQ(image.pixels, c.expected);
+        std::tie(image.width, image.height, image.format, image.pixels) =
+            std::tuple(width, 1, format, pixels);
+        ASSERT_TRUE((image.*step)());
+        EXPECT_EQ(image.format, after);
+        EXPECT_EQ(image.pixels, expected);
     }
     DdsImage image;
     image.format = DdsFormat::RGB9E5;
@@ -263,9 +247,9 @@ TEST(DdsRoundTrip, DecodesWhatImageMagickEncodesAsTheToolDoes)
                                      "dds:mipmaps=" + QString::number(mips - 1), out}),
                   0);
         QFile file(out);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         DdsImage image;
-        ASSERT_TRUE(image.parse(file.readAll()) && image.decompress() && image.toRgba8());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly) && image.parse(file.readAll()) &&
+                    image.decompress() && image.toRgba8());
         EXPECT_EQ(image.mipCount, mips);
         pixels = image.pixels.left(32 * 16 * 4);
         double sum = 0;
