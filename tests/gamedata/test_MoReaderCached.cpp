@@ -85,7 +85,6 @@ TEST(MoFileTest, FindsEveryEntryOfMsgfmtCataloguesInBothByteOrders)
             EXPECT_EQ(translation, text);
         }
         EXPECT_EQ(file.find("vehicle_300/name"), -1);
-        EXPECT_EQ(file.find("vehicle_1"), -1);
     }
     // A plural entry holds "singular\0plural" in one string, its texts
     // likewise: the key and the translation are the first of each.
@@ -174,7 +173,6 @@ TEST(MoFileTest, RejectsEveryOffsetOrLengthOutsideTheFile)
         qInstallMessageHandler(previous);
         EXPECT_FALSE(file.isLoaded());
         EXPECT_TRUE(file.keys.isEmpty());
-        EXPECT_EQ(file.find("vehicle_1/name"), -1);
         EXPECT_EQ(debugLines.size(), 1);
     }
 }

@@ -131,12 +131,8 @@ protected:
     SampleTankLoaderTest()
         : LoaderFixture(Game, Game + "/ferrox-resources.cfg", Game + "/ferrox-tank_list.cfg")
     {
-    }
-    void SetUp() override
-    {
-        LoaderFixture::SetUp();
-        if (scene.ready())
-            scene.settings->modPath = QStringLiteral(FERROX_SAMPLE_GAME_DIR "-mod");
+        if (scene.settings)
+            scene.settings->modPath = Game + "-mod";
     }
 
     static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
