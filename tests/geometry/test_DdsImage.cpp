@@ -30,21 +30,6 @@ QByteArray bytes(std::initializer_list<int> values)
         result.append(char(v));
     return result;
 }
-
-// Decodes and returns the pixels, failing the test when a step fails.
-QByteArray decoded(const QByteArray& file, DdsFormat expected)
-{
-    DdsImage image;
-    EXPECT_TRUE(image.parse(file));
-    EXPECT_TRUE(image.decompress());
-    EXPECT_EQ(image.format, expected);
-    return image.pixels;
-}
-
-int pixelByte(const QByteArray& pixels, int index)
-{
-    return uchar(pixels.at(index));
-}
 } // namespace
 
 TEST(DdsImage, DetectsFormatFromCodesDxgiAndBitCounts)
@@ -75,12 +60,6 @@ TEST(DdsImage, DetectsFormatFromCodesDxgiAndBitCounts)
         EXPECT_TRUE(image.parse(file));
         EXPECT_EQ(image.format, format) << ddsFormatName(format);
     }
-    // Unknown codes fail like damaged headers.
-    LogCapture log;
-    DdsImage image;
-    EXPECT_FALSE(image.parse(dx10(99, 256)));
-    EXPECT_FALSE(image.parse(bits(12, 0, 0, 0)));
-    EXPECT_EQ(log.lines.size(), 2);
 }
 
 TEST(DdsImage, CountsLevelsFacesAndSlices)
@@ -94,13 +73,12 @@ TEST(DdsImage, CountsLevelsFacesAndSlices)
     ASSERT_TRUE(image.parse(makeDds(2, 2, 0, "DXT1", QByteArray(8, '\0'))));
     EXPECT_EQ(image.mipCount, 1);
     // Red and blue swap only for blue-first files.
-    const QByteArray pixel = bytes({1, 2, 3, 4});
-    ASSERT_TRUE(image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 255}})));
-    EXPECT_EQ(image.pixels, bytes({3, 2, 1, 4}));
-    ASSERT_TRUE(
-        image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, 1 << 16}})));
-    EXPECT_EQ(image.pixels, pixel);
-
+    for (const quint32 blueMask : {255u, 1u << 16}) {
+        const QByteArray pixel = bytes({1, 2, 3, 4});
+        ASSERT_TRUE(
+            image.parse(makeDds(1, 1, 1, "", pixel, {{BitCountAt, 32}, {BlueMaskAt, blueMask}})));
+        EXPECT_EQ(image.pixels, blueMask == 255 ? bytes({3, 2, 1, 4}) : pixel);
+    }
     const DdsFields volume = {{BitCountAt, 8}, {DepthAt, 4}};
     ASSERT_TRUE(image.parse(makeDds(4, 4, 3, "", QByteArray(64 + 8 + 1, '\0'), volume)));
     EXPECT_EQ(image.depth, 4);
@@ -134,6 +112,8 @@ TEST(DdsImage, RejectsDamagedHeadersWithOneWarning)
         makeDds(40000, 1, 1, "", plenty, r8),
         makeDds(1, 1, 1, "", plenty, {{BitCountAt, 8}, {DepthAt, 3000}}),
         makeDds(4, 4, 4, "DXT1", plenty), // a 4 x 4 chain has three levels
+        dx10(99, 256),                    // unknown codes
+        makeDds(4, 4, 1, "", plenty, {{BitCountAt, 12}}),
     };
     for (const QByteArray& file : damaged) {
         LogCapture log;
@@ -144,100 +124,94 @@ TEST(DdsImage, RejectsDamagedHeadersWithOneWarning)
     }
 }
 
-TEST(DdsImage, DecodesColourBlocksInBothModes)
+TEST(DdsImage, DecodesColourAndAlphaBlocks)
 {
-    // Row 0 indices 0, 1, 2, 3. c0 = c1 = pure red (0xF800): DXT1 takes the
-    // three-colour form, index 3 black.
+    // Colour blocks with row 0 indices 0, 1, 2, 3: c0 = c1 = pure red
+    // (0xF800), c0 = white > c1 = black, c0 < c1 (black, white).
     const QByteArray equal = bytes({0x00, 0xF8, 0x00, 0xF8, 0xE4, 0, 0, 0});
-    QByteArray rgb = decoded(makeDds(4, 4, 1, "DXT1", equal), DdsFormat::RGB8);
-    EXPECT_EQ(rgb.left(12), bytes({248, 0, 0, 248, 0, 0, 248, 0, 0, 0, 0, 0}));
-    // c0 = white > c1 = black: four colours with thirds; green 63 << 2.
     const QByteArray ordered = bytes({0xFF, 0xFF, 0x00, 0x00, 0xE4, 0, 0, 0});
-    rgb = decoded(makeDds(4, 4, 1, "DXT1", ordered), DdsFormat::RGB8);
-    EXPECT_EQ(rgb.left(12), bytes({248, 252, 248, 0, 0, 0, 165, 168, 165, 83, 84, 83}));
-    // c0 < c1 (black, white): mid-grey and black in DXT1, thirds in DXT3.
     const QByteArray reversed = bytes({0x00, 0x00, 0xFF, 0xFF, 0xE4, 0, 0, 0});
-    rgb = decoded(makeDds(4, 4, 1, "DXT1", reversed), DdsFormat::RGB8);
-    EXPECT_EQ(rgb.mid(6, 6), bytes({124, 126, 124, 0, 0, 0}));
-    // Alpha nibbles of row 0, lowest first: 0, 1, 2, 15.
-    const QByteArray dxt3 = bytes({0x10, 0xF2, 0, 0, 0, 0, 0, 0}) + reversed;
-    const QByteArray rgba = decoded(makeDds(4, 4, 1, "DXT3", dxt3), DdsFormat::RGBA8);
-    EXPECT_EQ(rgba.left(16),
-              bytes({0, 0, 0, 0, 248, 252, 248, 17, 83, 84, 83, 34, 165, 168, 165, 255}));
-}
-
-TEST(DdsImage, DecodesAlphaBlocksAndChannelOrder)
-{
-    // Indices 0..7 over the first eight pixels: 3-bit fields, lowest first.
+    // Alpha blocks with indices 0..7 over the first eight pixels: 3-bit
+    // fields, lowest first; a0 > a1 or a0 <= a1.
     const QByteArray indices = bytes({0x88, 0xC6, 0xFA, 0, 0, 0});
-    const QByteArray colour(8, '\0');
-    const QByteArray high = bytes({200, 100}) + indices; // a0 > a1: eight steps
-    const QByteArray low = bytes({100, 200}) + indices;  // a0 <= a1: six steps, 0, 255
-    const int expectedHigh[] = {200, 100, 185, 171, 157, 142, 128, 114};
-    const int expectedLow[] = {100, 200, 120, 140, 160, 180, 0, 255};
-
-    QByteArray rgba = decoded(makeDds(4, 4, 1, "DXT5", high + colour), DdsFormat::RGBA8);
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(pixelByte(rgba, 4 * i + 3), expectedHigh[i]) << i;
-    rgba = decoded(makeDds(4, 4, 1, "DXT5", low + colour), DdsFormat::RGBA8);
-    for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(pixelByte(rgba, 4 * i + 3), expectedLow[i]) << i;
-
-    // The first block of ATI2N data is the second channel.
-    const QByteArray flat1 = bytes({10, 10, 0, 0, 0, 0, 0, 0});
-    const QByteArray flat2 = bytes({20, 20, 0, 0, 0, 0, 0, 0});
-    const QByteArray rg = decoded(makeDds(4, 4, 1, "ATI2", flat1 + flat2), DdsFormat::RG8);
-    EXPECT_EQ(rg.left(4), bytes({20, 10, 20, 10}));
-
+    const QByteArray high = bytes({200, 100}) + indices, low = bytes({100, 200}) + indices;
+    const QByteArray black(8, '\0');
+    using F = DdsFormat;
+    // Code, data, format; the bytes compared are every step-th from `from`.
+    const std::tuple<const char*, QByteArray, DdsFormat, int, int, QByteArray> cases[] = {
+        // clang-format off
+        // DXT1 takes the three-colour form for c0 <= c1: index 3 black.
+        {"DXT1", equal, F::RGB8, 0, 1, bytes({248, 0, 0, 248, 0, 0, 248, 0, 0, 0, 0, 0})},
+        // Four colours with thirds; green 63 << 2.
+        {"DXT1", ordered, F::RGB8, 0, 1,
+         bytes({248, 252, 248, 0, 0, 0, 165, 168, 165, 83, 84, 83})},
+        {"DXT1", reversed, F::RGB8, 6, 1, bytes({124, 126, 124, 0, 0, 0})},
+        // DXT3 always takes thirds; alpha nibbles of row 0, lowest first: 0, 1, 2, 15.
+        {"DXT3", bytes({0x10, 0xF2, 0, 0, 0, 0, 0, 0}) + reversed, F::RGBA8, 0, 1,
+         bytes({0, 0, 0, 0, 248, 252, 248, 17, 83, 84, 83, 34, 165, 168, 165, 255})},
+        // Eight steps, or six steps and 0, 255.
+        {"DXT5", high + black, F::RGBA8, 3, 4, bytes({200, 100, 185, 171, 157, 142, 128, 114})},
+        {"DXT5", low + black, F::RGBA8, 3, 4, bytes({100, 200, 120, 140, 160, 180, 0, 255})},
+        // The first block of ATI2N data is the second channel.
+        {"ATI2", bytes({10, 10, 0, 0, 0, 0, 0, 0}) + bytes({20, 20, 0, 0, 0, 0, 0, 0}), F::RG8,
+         0, 1, bytes({20, 10, 20, 10})},
+        // clang-format on
+    };
+    for (const auto& [code, data, format, from, step, expected] : cases) {
+        SCOPED_TRACE(code);
+        DdsImage image;
+        ASSERT_TRUE(image.parse(makeDds(4, 4, 1, code, data)) && image.decompress());
+        EXPECT_EQ(image.format, format);
+        QByteArray got;
+        for (int i = from; i < image.pixels.size() && got.size() < expected.size(); i += step)
+            got += image.pixels.at(i);
+        EXPECT_EQ(got, expected);
+    }
     // A 2 x 2 level keeps only its four pixels of the block.
-    const QByteArray r = decoded(makeDds(2, 2, 1, "ATI1", high), DdsFormat::R8);
-    EXPECT_EQ(r, bytes({200, 100, 157, 142}));
+    DdsImage small;
+    ASSERT_TRUE(small.parse(makeDds(2, 2, 1, "ATI1", high)) && small.decompress());
+    EXPECT_EQ(small.format, DdsFormat::R8);
+    EXPECT_EQ(small.pixels, bytes({200, 100, 157, 142}));
 }
 
 TEST(DdsImage, UnpacksPackedFormatsAndConvertsToRgba8WithRounding)
 {
     const float r32f[] = {-1.0f, 0.5f, 0.2f, 7.0f};
-    const struct
-    {
-        DdsFormat format;
-        int width;
-        QByteArray pixels;
-        bool (DdsImage::*step)();
-        DdsFormat after;
-        QByteArray expected;
-    } cases[] = {
-        {DdsFormat::RGB565, 2, bytes({0xFF, 0xFF, 0x41, 0x08}), &DdsImage::unpack, // white; 1, 2, 1
-         DdsFormat::RGB8, bytes({255, 255, 255, 8, 8, 8})},
-        {DdsFormat::RGBA4, 2, bytes({0x12, 0x34, 0xF0, 0x0F}), &DdsImage::unpack, DdsFormat::RGBA8,
+    const QByteArray floats(reinterpret_cast<const char*>(r32f), sizeof r32f);
+    const auto unpack = &DdsImage::unpack, toRgba8 = &DdsImage::toRgba8;
+    using F = DdsFormat;
+    // Format, width and pixels of one row; the step, and what it leaves.
+    const std::tuple<F, int, QByteArray, bool (DdsImage::*)(), F, QByteArray> cases[] = {
+        // clang-format off
+        // White; 1, 2, 1.
+        {F::RGB565, 2, bytes({0xFF, 0xFF, 0x41, 0x08}), unpack, F::RGB8,
+         bytes({255, 255, 255, 8, 8, 8})},
+        {F::RGBA4, 2, bytes({0x12, 0x34, 0xF0, 0x0F}), unpack, F::RGBA8,
          bytes({4 * 17, 1 * 17, 2 * 17, 3 * 17, 255, 255, 0, 0})},
         // 1023, 1, 0, 2 into 16-bit words 65535, 64, 0, 43690.
-        {DdsFormat::RGB10A2, 1, bytes({0xFF, 0x07, 0x00, 0x80}), &DdsImage::unpack,
-         DdsFormat::RGBA16, bytes({0xFF, 0xFF, 64, 0, 0, 0, 0xAA, 0xAA})},
+        {F::RGB10A2, 1, bytes({0xFF, 0x07, 0x00, 0x80}), unpack, F::RGBA16,
+         bytes({0xFF, 0xFF, 64, 0, 0, 0, 0xAA, 0xAA})},
         // Floats 256, 128, 2; a zero exponent gives black.
-        {DdsFormat::RGBE8, 1, bytes({128, 64, 1, 137}), &DdsImage::unpack, DdsFormat::RGB32F,
+        {F::RGBE8, 1, bytes({128, 64, 1, 137}), unpack, F::RGB32F,
          bytes({0, 0, 0x80, 0x43, 0, 0, 0, 0x43, 0, 0, 0, 0x40})},
-        {DdsFormat::RGBE8, 1, bytes({128, 64, 1, 0}), &DdsImage::unpack, DdsFormat::RGB32F,
-         QByteArray(12, '\0')},
-        {DdsFormat::R32F, 4, QByteArray(reinterpret_cast<const char*>(r32f), sizeof r32f),
-         &DdsImage::toRgba8, DdsFormat::RGBA8,
+        {F::RGBE8, 1, bytes({128, 64, 1, 0}), unpack, F::RGB32F, QByteArray(12, '\0')},
+        {F::R32F, 4, floats, toRgba8, F::RGBA8,
          bytes({0, 0, 0, 255, 128, 128, 128, 255, 51, 51, 51, 255, 255, 255, 255, 255})},
-        {DdsFormat::RG16F, 1, bytes({0x00, 0x38, 0x00, 0xBC}), &DdsImage::toRgba8, // 0.5, -1.0
-         DdsFormat::RGBA8, bytes({128, 0, 0, 255})},
-        {DdsFormat::RGBA16, 1, bytes({0xFF, 0xFF, 0x00, 0x80, 0x00, 0x00, 0x01, 0x01}),
-         &DdsImage::toRgba8, DdsFormat::RGBA8, bytes({255, 128, 0, 1})},
+        // 0.5, -1.0
+        {F::RG16F, 1, bytes({0x00, 0x38, 0x00, 0xBC}), toRgba8, F::RGBA8, bytes({128, 0, 0, 255})},
+        {F::RGBA16, 1, bytes({0xFF, 0xFF, 0x00, 0x80, 0x00, 0x00, 0x01, 0x01}), toRgba8, F::RGBA8,
+         bytes({255, 128, 0, 1})},
+        // clang-format on
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(ddsFormatName(c.format));
+    for (const auto& [format, width, pixels, step, after, expected] : cases) {
+        SCOPED_TRACE(ddsFormatName(format));
         DdsImage image;
-        image.width = c.width;
-        image.height = 1;
-        image.format = c.format;
-        image.pixels = c.pixels;
-        ASSERT_TRUE((image.*c.step)());
-        EXPECT_EQ(image.format, c.after);
-        EXPECT_EQ(image.pixels, c.expected);
+        std::tie(image.width, image.height, image.format, image.pixels) =
+            std::tuple(width, 1, format, pixels);
+        ASSERT_TRUE((image.*step)());
+        EXPECT_EQ(image.format, after);
+        EXPECT_EQ(image.pixels, expected);
     }
-
     DdsImage image;
     image.format = DdsFormat::RGB9E5;
     EXPECT_FALSE(image.unpack());
@@ -273,15 +247,15 @@ TEST(DdsRoundTrip, DecodesWhatImageMagickEncodesAsTheToolDoes)
                                      "dds:mipmaps=" + QString::number(mips - 1), out}),
                   0);
         QFile file(out);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         DdsImage image;
-        ASSERT_TRUE(image.parse(file.readAll()) && image.decompress() && image.toRgba8());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly) && image.parse(file.readAll()) &&
+                    image.decompress() && image.toRgba8());
         EXPECT_EQ(image.mipCount, mips);
         pixels = image.pixels.left(32 * 16 * 4);
         double sum = 0;
         int worst = 0;
         for (int i = 0; i < pixels.size(); ++i) {
-            const int d = std::abs(int(source.constBits()[i]) - pixelByte(pixels, i));
+            const int d = std::abs(int(source.constBits()[i]) - uchar(pixels[i]));
             sum += d;
             worst = std::max(worst, d);
         }
@@ -297,11 +271,7 @@ TEST(DdsRoundTrip, DecodesWhatImageMagickEncodesAsTheToolDoes)
     ASSERT_EQ(written.size(), QSize(32, 16));
     EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(written.constBits()), 32 * 16 * 4), pixels);
 
-    QFile broken(dir.filePath("broken.dds"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write(makeDds(64, 64, 1, "DXT1", QByteArray(100, '\0')));
-    broken.close();
-    EXPECT_EQ(runTool({"dds", broken.fileName()}).exitCode, 1);
+    EXPECT_EQ(runTool({"dds", dir.filePath("source.png")}).exitCode, 1);
     EXPECT_EQ(runTool({"dds"}).exitCode, 2);
     // Without a file of that name the game is asked for the resource.
     const ToolResult fromGame =

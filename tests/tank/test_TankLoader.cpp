@@ -2,6 +2,7 @@
 
 #include "Database.h"
 #include "LogCapture.h"
+#include "MathChecks.h"
 #include "MessageBoxRecorder.h"
 #include "MoReaderCached.h"
 #include "QtPrinters.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 using namespace tankgame;
 
@@ -24,12 +26,8 @@ const QString BoxTank = QStringLiteral("Box Tank");
 // Triangles of the parts: 2 x cells x cells with 1, 2, 3, 4 cells; the big
 // gun has 5.
 constexpr int ChassisTriangles = 2, HullTriangles = 8, TurretTriangles = 18, GunTriangles = 32,
-              BigGunTriangles = 50;
-
-Vector3 translationOf(const Matrix& m)
-{
-    return {m[12], m[13], m[14]};
-}
+              BigGunTriangles = 50,
+              AllTriangles = ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles;
 
 // m applied to the point p.
 Vector3 transformed(const Matrix& m, const Vector3& p)
@@ -38,12 +36,6 @@ Vector3 transformed(const Matrix& m, const Vector3& p)
     for (int row = 0; row < 3; ++row)
         out[row] = m[row] * p[0] + m[4 + row] * p[1] + m[8 + row] * p[2] + m[12 + row];
     return out;
-}
-
-void expectNear(const Vector3& got, const Vector3& expected)
-{
-    for (int i = 0; i < 3; ++i)
-        EXPECT_NEAR(got[i], expected[i], 1e-4) << "component " << i;
 }
 
 // The loader over a game folder, with the window's calls recorded.
@@ -77,16 +69,29 @@ protected:
     // Draws nothing but walks the chain, as a frame does.
     void walkChain()
     {
-        const bool flags[] = {loader->hideChassis, loader->hideHull, loader->hideTurret,
-                              loader->hideGun};
         loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = true;
         loader->render(1);
-        loader->hideChassis = flags[0];
-        loader->hideHull = flags[1];
-        loader->hideTurret = flags[2];
-        loader->hideGun = flags[3];
     }
     TankMesh* part(int which) { return loader->mesh(which, loader->damageMode); }
+
+    // A load after a good one that fails leaves nothing to draw; it logs
+    // `logged` and shows `box` unless that is empty.
+    void expectFailedLoad(const QString& name, const QString& logged, const QString& box)
+    {
+        LogCapture log;
+        boxes.boxes.clear();
+        EXPECT_FALSE(loader->load(name));
+        EXPECT_FALSE(loader->loaded);
+        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
+        EXPECT_TRUE(loader->chooser->currentGunName.isEmpty());
+        EXPECT_EQ(loader->triangleCount(), 0);
+        EXPECT_TRUE(log.lines.join('\n').contains(logged)) << log.lines.join('\n').toStdString();
+        ASSERT_EQ(boxes.boxes.size(), box.isEmpty() ? 0 : 1);
+        if (!box.isEmpty()) {
+            EXPECT_EQ(boxes.boxes[0].text, box);
+        }
+        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+    }
 
     SceneFixture scene;
     Database database;
@@ -104,15 +109,18 @@ struct BoxTankGame
     TankGame game;
 };
 
+// The box tank, loaded.
 class TankLoaderTest : protected BoxTankGame, public LoaderFixture
 {
 protected:
     TankLoaderTest() : LoaderFixture(game.path(), game.resourcesPath(), game.tankListPath()) {}
-
-    bool loadWith(const QString& vehicle)
+    void SetUp() override
     {
-        game.writeVehicle(vehicle);
-        return loader->load(BoxTank);
+        LoaderFixture::SetUp();
+        if (!scene.ready())
+            return;
+        game.writeVehicle(TankGame::vehicleText());
+        ASSERT_TRUE(loader->load(BoxTank));
     }
 };
 
@@ -123,64 +131,44 @@ protected:
     SampleTankLoaderTest()
         : LoaderFixture(Game, Game + "/ferrox-resources.cfg", Game + "/ferrox-tank_list.cfg")
     {
-    }
-    void SetUp() override
-    {
-        LoaderFixture::SetUp();
-        if (scene.ready())
-            scene.settings->modPath = QStringLiteral(FERROX_SAMPLE_GAME_DIR "-mod");
+        if (scene.settings)
+            scene.settings->modPath = Game + "-mod";
     }
 
     static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
     MoReaderCached catalogues;
 };
 
-TEST_F(TankLoaderTest, PartsArePlacedByTheJointsOfThePartBefore)
+TEST_F(TankLoaderTest, PartsArePlacedByJointsAndTurnAboutTheirPivotsOnOneChainHiddenOrNot)
 {
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
     for (int state = 0; state < TankLoader::MeshStates; ++state) {
         loader->damageMode = state;
         // The "tank" node scales y by 2: the chassis by its own node and by
-        // the vehicle's scale, the hull by the vehicle's alone.
+        // the vehicle's scale, the hull by the vehicle's alone. The file's
+        // turret position (-0.25, 1.5, -0.5) and gun position (0, 0.3, 1)
+        // give way to the joints, x mirrored.
         EXPECT_EQ(part(TankLoader::ChassisPart)->model, scalingMatrix({1, 4, 1}));
-        Matrix hull = scalingMatrix({1, 2, 1});
-        hull[12] = -0.1f, hull[13] = 0.4f;
-        EXPECT_EQ(part(TankLoader::HullPart)->model, hull);
-        // The file's turret position (-0.25, 1.5, -0.5) and gun position
-        // (0, 0.3, 1) give way to the joints, x mirrored.
-        EXPECT_EQ(part(TankLoader::TurretPart)->offset, (Vector3{-0.5f, 1.2f, -0.3f}));
-        EXPECT_EQ(translationOf(part(TankLoader::TurretPart)->model),
-                  (Vector3{-0.5f, 1.2f, -0.3f}));
-        EXPECT_EQ(part(TankLoader::GunPart)->offset, (Vector3{-0.2f, 0.3f, 0.95f}));
+        EXPECT_EQ(part(TankLoader::HullPart)->model,
+                  matrixProduct(translationMatrix({-0.1f, 0.4f, 0}), scalingMatrix({1, 2, 1})));
         EXPECT_EQ(part(TankLoader::HullPart)->offset, (Vector3{-0.1f, 0.4f, 0}));
+        EXPECT_EQ(part(TankLoader::TurretPart)->offset, (Vector3{-0.5f, 1.2f, -0.3f}));
+        EXPECT_EQ(part(TankLoader::GunPart)->offset, (Vector3{-0.2f, 0.3f, 0.95f}));
     }
-}
-
-TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
-{
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
-    const struct
-    {
-        float tank, turret, gun;
-        Vector3 turretOrigin, gunOrigin, gunTip;
-    } cases[] = {
+    loader->damageMode = 0;
+    // Tank, turret and gun angles; turret origin, gun origin and gun tip.
+    const std::tuple<float, float, float, Vector3, Vector3, Vector3> cases[] = {
         {0, 0, 0, {-0.6f, 2.8f, -0.3f}, {-0.8f, 3.4f, 0.65f}, {-0.8f, 3.4f, 1.65f}},
-        {0, 90, 0, {-0.7f, 2.8f, -0.4f}, {0.25f, 3.4f, -0.2f}, {1.25f, 3.4f, -0.2f}},
         // The gun turns about its own joint: its origin stays, the tip rises.
         {0, 0, 30, {-0.6f, 2.8f, -0.3f}, {-0.8f, 3.4f, 0.65f}, {-0.8f, 4.4f, 1.516f}},
-        {90, 0, 0, {-0.3f, 2.8f, 0.6f}, {0.65f, 3.4f, 0.8f}, {1.65f, 3.4f, 0.8f}},
-        {30,
-         45,
-         10,
-         {-0.7303f, 2.8f, -0.0064f},
-         {0.1355f, 3.4f, 0.4327f},
-         {1.0868f, 3.7473f, 0.6876f}},
+        // clang-format off
+        {30, 45, 10, {-.7303f, 2.8f, -.0064f}, {.1355f, 3.4f, .4327f}, {1.0868f, 3.7473f, .6876f}},
+        // clang-format on
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.tank << " " << c.turret << " " << c.gun);
-        loader->setTankRotation(c.tank);
-        loader->setTurretRotation(c.turret);
-        loader->setGunRotation(c.gun);
+    for (const auto& [tank, turret, gun, turretOrigin, gunOrigin, gunTip] : cases) {
+        SCOPED_TRACE(testing::Message() << tank << " " << turret << " " << gun);
+        loader->setTankRotation(tank);
+        loader->setTurretRotation(turret);
+        loader->setGunRotation(gun);
         walkChain();
         // The chassis leaves the chain as it found it: the hull carries only
         // the vehicle's rotation and its own placement.
@@ -188,39 +176,28 @@ TEST_F(TankLoaderTest, RotationsTurnThePartsAboutTheirPivotsOnOneChain)
                   matrixProduct(loader->tankRotation, part(TankLoader::ChassisPart)->model));
         EXPECT_EQ(part(TankLoader::HullPart)->placement,
                   matrixProduct(loader->tankRotation, part(TankLoader::HullPart)->model));
-        expectNear(transformed(part(TankLoader::TurretPart)->placement, {0, 0, 0}), c.turretOrigin);
-        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 0}), c.gunOrigin);
-        expectNear(transformed(part(TankLoader::GunPart)->placement, {0, 0, 1}), c.gunTip);
+        const Matrix& gunPlacement = part(TankLoader::GunPart)->placement;
+        expectNear(transformed(part(TankLoader::TurretPart)->placement, {}), turretOrigin, 1e-4f);
+        expectNear(transformed(gunPlacement, {0, 0, 0}), gunOrigin, 1e-4f);
+        expectNear(transformed(gunPlacement, {0, 0, 1}), gunTip, 1e-4f);
     }
-}
 
-TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
-{
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
-    loader->setTurretRotation(20);
-    walkChain();
+    // Hidden parts leave the triangle count and keep the chain: in a real
+    // frame a hidden hull still places the turret and gun.
     const Matrix turretPlaced = part(TankLoader::TurretPart)->placement;
     const Matrix gunPlaced = part(TankLoader::GunPart)->placement;
-    const struct
-    {
-        bool chassis, hull, turret, gun;
-        int triangles;
-    } cases[] = {
-        {false, false, false, false,
-         ChassisTriangles + HullTriangles + TurretTriangles + GunTriangles},
-        {false, true, false, false, ChassisTriangles + TurretTriangles + GunTriangles},
+    // Chassis, hull, turret and gun hidden; triangles drawn.
+    const std::tuple<bool, bool, bool, bool, int> hidden[] = {
+        {false, false, false, false, AllTriangles},
+        {false, true, false, false, AllTriangles - HullTriangles},
         {true, false, true, false, HullTriangles + GunTriangles},
         {true, true, true, true, 0},
     };
     scene.gl.makeTarget(16, 16);
-    for (const auto& c : cases) {
-        loader->hideChassis = c.chassis;
-        loader->hideHull = c.hull;
-        loader->hideTurret = c.turret;
-        loader->hideGun = c.gun;
-        EXPECT_EQ(loader->triangleCount(), c.triangles);
-        // A real frame with these parts shown: a hidden hull still places
-        // the turret and gun.
+    for (const auto& [chassis, hull, turret, gun, triangles] : hidden) {
+        std::tie(loader->hideChassis, loader->hideHull, loader->hideTurret, loader->hideGun) =
+            std::tie(chassis, hull, turret, gun);
+        EXPECT_EQ(loader->triangleCount(), triangles);
         loader->render(1);
         EXPECT_EQ(part(TankLoader::TurretPart)->placement, turretPlaced);
         EXPECT_EQ(part(TankLoader::GunPart)->placement, gunPlaced);
@@ -229,7 +206,6 @@ TEST_F(TankLoaderTest, HiddenPartsKeepTheChainAndLeaveTheTriangleCount)
 
 TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
 {
-    ASSERT_TRUE(loadWith(TankGame::vehicleText()));
     EXPECT_EQ(loader->vehicleSource, TankLoader::Source::LooseFile);
     EXPECT_EQ(loader->hullHealth, 300);
     EXPECT_EQ(recent, QStringList{BoxTank});
@@ -242,18 +218,16 @@ TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
     EXPECT_EQ(gunRange, (Vector2{-8, 20}));
 
     // The big gun, shared, from the second element of the same turret name:
-    // its own yaw limits stand for the turret's.
+    // its own yaw limits stand for the turret's, and a reload keeps it.
+    const int bigGunTriangles = AllTriangles - GunTriangles + BigGunTriangles;
     loader->loadTurretGun(TurretName, BigGunName);
     EXPECT_TRUE(loader->loaded);
-    EXPECT_EQ(loader->triangleCount(),
-              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+    EXPECT_EQ(loader->triangleCount(), bigGunTriangles);
     EXPECT_EQ(turretRange, (Vector2{-15, 12}));
     EXPECT_EQ(gunRange, (Vector2{-5, 15}));
-
     ASSERT_TRUE(loader->reload());
     EXPECT_EQ(loader->chooser->currentGunName, BigGunName);
-    EXPECT_EQ(loader->triangleCount(),
-              ChassisTriangles + HullTriangles + TurretTriangles + BigGunTriangles);
+    EXPECT_EQ(loader->triangleCount(), bigGunTriangles);
 
     loader->changeTurret(TurretName);
     EXPECT_EQ(loader->chooser->currentGunName, GunName);
@@ -262,41 +236,13 @@ TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
 
 TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
 {
-    LogCapture log;
     const QString failure = "Failed to parse xml file for tank: Box Tank";
-    const struct
-    {
-        const char* what;
-        QString vehicle;
-        bool withGunFile;
-        QString logged;
-        bool box;
-    } cases[] = {
-        {"no gun file", TankGame::vehicleText(), false,
-         failure + " (no gun file scripts/item_defs/vehicles/testland/components/guns.xml)", true},
-        {"missing hull model", TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"), true,
-         "Failed loading: " + Folder + "Nothing.primitives", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        ASSERT_TRUE(loadWith(TankGame::vehicleText()));
-        log.lines.clear();
-        boxes.boxes.clear();
-        if (!c.withGunFile)
-            game.removeRes(GunFilePath);
-        EXPECT_FALSE(loadWith(c.vehicle));
-        EXPECT_FALSE(loader->loaded);
-        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
-        EXPECT_TRUE(loader->chooser->currentGunName.isEmpty());
-        EXPECT_EQ(loader->triangleCount(), 0);
-        EXPECT_TRUE(log.lines.join('\n').contains(c.logged)) << log.lines.join('\n').toStdString();
-        ASSERT_EQ(boxes.boxes.size(), c.box ? 1 : 0);
-        if (c.box) {
-            EXPECT_EQ(boxes.boxes[0].text, failure);
-        }
-        walkChain(); // nothing loaded: nothing to walk, nothing breaks
-        game.writeGunFile();
-    }
+    game.removeRes(GunFilePath);
+    expectFailedLoad(BoxTank, failure + " (no gun file " + GunFilePath + ")", failure);
+    game.writeGunFile();
+    ASSERT_TRUE(loader->load(BoxTank));
+    game.writeVehicle(TankGame::vehicleText(TankGame::defaultTurrets(), "Nothing"));
+    expectFailedLoad(BoxTank, "Failed loading: " + Folder + "Nothing.primitives", "");
     // A name the table does not have fails quietly.
     EXPECT_FALSE(loader->load("Nobody"));
     EXPECT_TRUE(boxes.boxes.isEmpty());
@@ -304,74 +250,32 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
 
 // The sample's vehicles from wherever the program finds them: packed in an
 // archive, plain text, overridden by the mod folder; turrets of one name
-// merged.
+// merged. Some cannot be assembled.
 TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
 {
-    const struct
-    {
-        QString name;
-        TankLoader::Source source;
-        int startIndex, hullHealth;
-        QStringList turrets;
-        int firstTurretGuns;
-    } cases[] = {
-        {"Talon", TankLoader::Source::Archive, 1, 180, {"Talon turret", "Talon turret 2"}, 2},
-        {"Kestrel", TankLoader::Source::Archive, 1, 180, {"Kestrel turret"}, 2},
-        {"Ironmoth",
-         TankLoader::Source::Archive,
-         0,
-         240,
-         {"Ironmoth turret", "Ironmoth turret 2"},
-         1},
-        {"Basilisk",
-         TankLoader::Source::ModFolder,
-         1,
-         4321,
-         {"Basilisk turret (mod)", "Basilisk turret 2"},
-         2},
+    using Source = TankLoader::Source;
+    const std::tuple<QString, Source, int, QString> cases[] = {
+        {"Talon", Source::Archive, 180, "Talon turret"},
+        {"Ironmoth", Source::Archive, 240, "Ironmoth turret"},
+        {"Basilisk", Source::ModFolder, 4321, "Basilisk turret (mod)"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name.toStdString());
-        ASSERT_TRUE(loader->load(c.name));
-        EXPECT_EQ(loader->vehicleSource, c.source);
-        EXPECT_EQ(loader->startIndex, c.startIndex);
-        EXPECT_EQ(loader->hullHealth, c.hullHealth);
-        QStringList turrets;
-        for (const Turret& turret : loader->chooser->turrets)
-            turrets.append(turret.name);
-        EXPECT_EQ(turrets, c.turrets);
-        EXPECT_EQ(loader->chooser->turrets[0].guns.size(), c.firstTurretGuns);
+    for (const auto& [name, source, hullHealth, firstTurret] : cases) {
+        SCOPED_TRACE(name.toStdString());
+        ASSERT_TRUE(loader->load(name));
+        EXPECT_EQ(loader->vehicleSource, source);
+        EXPECT_EQ(loader->hullHealth, hullHealth);
+        EXPECT_EQ(loader->chooser->currentTurretName, firstTurret);
         // Chassis, hull, Turret_01 and Gun_01 as the generator writes them.
         EXPECT_EQ(loader->triangleCount(), 724 + 80 + 132 + 144);
     }
     EXPECT_TRUE(boxes.boxes.isEmpty());
-}
 
-TEST_F(SampleTankLoaderTest, VehiclesThatCannotBeAssembledLeaveNothingToDraw)
-{
-    LogCapture log;
-    const struct
-    {
-        QString name, reason;
-    } cases[] = {
-        {"Harrow", "the vehicle file has no turret"},
-        {"Marauder", "turret B06_Marauder_Turret has no gun"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name.toStdString());
+    for (const auto& [name, reason] : {std::pair{"Harrow", "the vehicle file has no turret"},
+                                       {"Marauder", "turret B06_Marauder_Turret has no gun"}}) {
+        SCOPED_TRACE(name);
         ASSERT_TRUE(loader->load("Talon"));
-        log.lines.clear();
-        boxes.boxes.clear();
-        EXPECT_FALSE(loader->load(c.name));
-        EXPECT_FALSE(loader->loaded);
-        EXPECT_TRUE(loader->chooser->turrets.isEmpty());
-        EXPECT_EQ(loader->triangleCount(), 0);
-        const QString failure = "Failed to parse xml file for tank: " + c.name;
-        EXPECT_TRUE(log.contains("[Error] " + failure + " (" + c.reason + ")"))
-            << log.lines.join('\n').toStdString();
-        ASSERT_EQ(boxes.boxes.size(), 1);
-        EXPECT_EQ(boxes.boxes[0].text, failure);
-        walkChain(); // nothing loaded: nothing to walk, nothing breaks
+        const QString failure = QString("Failed to parse xml file for tank: ") + name;
+        expectFailedLoad(name, "[Error] " + failure + " (" + reason + ")", failure);
     }
 }
 
