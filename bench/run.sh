@@ -10,15 +10,13 @@ bash scripts/build.sh
 BUILD_DIR=${FERROX_BUILD_DIR:-build}
 python3 tools/make_sample_game.py --out "$BUILD_DIR/bench-game" --scale "${FERROX_BENCH_SCALE:-100}"
 
-run_all() {
-  local status=0
-  for bench in "$BUILD_DIR"/bench/bench_*; do
+# The loop runs inside the Xvfb session as a script of its own: xvfb-run
+# goes through /bin/sh, which does not carry exported shell functions.
+bash scripts/xvfb.sh bash -c '
+  status=0
+  for bench in "$0"/bench/bench_*; do
     [ -f "$bench" ] && [ -x "$bench" ] || continue
     echo "== $(basename "$bench")"
     "$bench" "$@" || { echo "!! $(basename "$bench") failed"; status=1; }
   done
-  return $status
-}
-export -f run_all
-export BUILD_DIR
-bash scripts/xvfb.sh bash -c 'run_all "$@"' run_all "$@"
+  exit $status' "$BUILD_DIR" "$@"
