@@ -9,7 +9,6 @@
 #include "Settings.h"
 #include "TestRoot.h"
 
-#include <QDir>
 #include <QFile>
 #include <QtEndian>
 
@@ -58,21 +57,15 @@ void collectDebug(QtMsgType, const QMessageLogContext&, const QString& message)
     debugLines.append(message);
 }
 
-Entries manyEntries(int count)
-{
-    Entries entries;
-    for (int i = 0; i < count; ++i)
-        entries.append({QString("vehicle_%1/name").arg(i), QString("Fahrzeug %1 ä").arg(i)});
-    return entries;
-}
 } // namespace
 
 TEST(MoFileTest, FindsEveryEntryOfMsgfmtCataloguesInBothByteOrders)
 {
     // Keys and texts keep quotes, colons and UTF-8.
-    const Entries entries = manyEntries(300) + Entries{{"it's \"quoted\"", "Ölfass – \"x\""},
-                                                       {"nations/ardenia", "Ardenia"},
-                                                       {"日本", "Japan"}};
+    Entries entries = {
+        {"it's \"quoted\"", "Ölfass – \"x\""}, {"nations/ardenia", "Ardenia"}, {"日本", "Japan"}};
+    for (int i = 0; i < 300; ++i)
+        entries.append({QString("vehicle_%1/name").arg(i), QString("Fahrzeug %1 ä").arg(i)});
     for (const QString endianness : {"little", "big"}) {
         SCOPED_TRACE(endianness.toStdString());
         MoFile file;
@@ -139,7 +132,7 @@ TEST(MoFileTest, HandMadeTablesEndEveryProbeAndStringsTheirRecordedLength)
 // with a debug line and leave the object empty.
 TEST(MoFileTest, RejectsEveryOffsetOrLengthOutsideTheFile)
 {
-    const QByteArray valid = compileCatalogue(manyEntries(5));
+    const QByteArray valid = compileCatalogue({{"a", "A"}, {"b", "B"}, {"c", "C"}});
     ASSERT_GE(valid.size(), 28);
     const quint32 size = quint32(valid.size());
     const int keyTable = int(wordAt(valid, 12));
@@ -177,35 +170,18 @@ TEST(MoFileTest, RejectsEveryOffsetOrLengthOutsideTheFile)
     }
 }
 
-namespace {
-class MoReaderCachedTest : public testing::Test
+TEST(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFailure)
 {
-protected:
-    void SetUp() override
-    {
-        settings.gavrelPath = game.path();
-        log.lines.clear();
-    }
-
-    void writeCatalogue(const QString& name, const Entries& entries)
-    {
-        game.writeFile("res/text/LC_MESSAGES/" + name + ".mo", compileCatalogue(entries));
-    }
-
-    QString cataloguePath(const QString& name) const
-    {
-        return QDir::toNativeSeparators(game.path() + "/res/text/LC_MESSAGES/" + name + ".mo");
-    }
-
     GameTree game;
     LogCapture log;
     Settings settings{QString()};
+    settings.gavrelPath = game.path();
     MoReaderCached reader;
-};
-} // namespace
-
-TEST_F(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFailure)
-{
+    log.lines.clear();
+    const QString menuPath = game.path() + "/res/text/LC_MESSAGES/menu.mo";
+    const auto writeCatalogue = [&game](const QString& name, const Entries& entries) {
+        game.writeFile("res/text/LC_MESSAGES/" + name + ".mo", compileCatalogue(entries));
+    };
     // Texts without a colon come back untouched, reading nothing.
     for (const QString text : {"Plain name", "#menu", ""})
         EXPECT_EQ(reader.translate(text), text);
@@ -214,7 +190,7 @@ TEST_F(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFa
     writeCatalogue("vehicles", {{"a", "tank"}});
     game.writeFile("res/text/LC_MESSAGES/broken.mo", "not a catalogue");
     EXPECT_EQ(reader.translate("#menu:nations/ardenia"), "Ardenia");
-    EXPECT_EQ(reader.currentPath(), cataloguePath("menu"));
+    EXPECT_EQ(reader.currentPath(), menuPath);
     // Every "#" goes from the catalogue's name; parts after a second ":" are
     // unused. The same catalogue is not read again.
     writeCatalogue("menu", {{"a", "new"}});
@@ -227,10 +203,10 @@ TEST_F(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFa
 
     // A catalogue that cannot be read gives empty text and keeps the one in
     // memory: the removed file's keys still come from there.
-    QFile::remove(cataloguePath("menu"));
+    QFile::remove(menuPath);
     EXPECT_EQ(reader.translate("#absent:a"), QString());
     EXPECT_EQ(reader.translate("#broken:a"), QString());
-    EXPECT_EQ(reader.currentPath(), cataloguePath("menu"));
+    EXPECT_EQ(reader.currentPath(), menuPath);
     EXPECT_EQ(reader.translate("#menu:a"), "new");
 
     GameTree other;

@@ -98,7 +98,6 @@ TEST_F(MaterialTest, PropertiesBlendRequestsAndCollisionMaterialsFillThePair)
         EXPECT_TRUE(material->alphaTest);
         EXPECT_TRUE(material->doubleSided);
         EXPECT_FALSE(material->dxt1NormalMap);
-        EXPECT_FALSE(material->blend);
     }
     EXPECT_FLOAT_EQ(lit->detailPower, 0.5f);
     EXPECT_TRUE(lit->detailMetallic);
@@ -185,7 +184,7 @@ TEST_F(MaterialTest, ApplySetsBlendCullProgramAndTextureUnits)
     EXPECT_EQ(textureOnUnit(0), diffuse);
     EXPECT_EQ(textureOnUnit(1), normal);
 
-    // An unlit material skips the samplers of slots 3 to 5 but still counts them.
+    // An unlit material has no samplers for slots 3 to 5: specularMap keeps its unit.
     Material unlit(Material::Unlit);
     unlit.shader = program(BumpedDual);
     unlit.doubleSided = true;

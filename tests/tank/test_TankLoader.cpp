@@ -221,7 +221,6 @@ TEST_F(TankLoaderTest, ChoiceLimitsAndWindowFollowTheTurretAndGun)
     // its own yaw limits stand for the turret's, and a reload keeps it.
     const int bigGunTriangles = AllTriangles - GunTriangles + BigGunTriangles;
     loader->loadTurretGun(TurretName, BigGunName);
-    EXPECT_TRUE(loader->loaded);
     EXPECT_EQ(loader->triangleCount(), bigGunTriangles);
     EXPECT_EQ(turretRange, (Vector2{-15, 12}));
     EXPECT_EQ(gunRange, (Vector2{-5, 15}));
