@@ -3,6 +3,7 @@
 #include "BinaryReader.h"
 #include "FileManager.h"
 #include "PackedXmlReader.h"
+#include "VehicleFile.h"
 
 #include <QRegularExpression>
 
@@ -32,16 +33,6 @@ QString visualPath(const QDomElement& part, const QString& stateName)
                        .trimmed();
     path.replace(QLatin1String(".model"), QLatin1String(".visual"));
     return path;
-}
-
-QVector<QDomElement> listedElements(const QDomElement& list, int startIndex)
-{
-    QVector<QDomElement> elements;
-    const QDomNodeList children = list.childNodes();
-    for (int i = startIndex; i < children.size(); ++i)
-        if (children.at(i).isElement())
-            elements.append(children.at(i).toElement());
-    return elements;
 }
 
 QString exclusionMask(const QDomElement& element)

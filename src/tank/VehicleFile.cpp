@@ -40,17 +40,6 @@ Vector3 mirroredPosition(const QString& text)
     return position;
 }
 
-// The child elements of a list element, from the document's start index on.
-QVector<QDomElement> listedElements(const QDomElement& list, int startIndex)
-{
-    QVector<QDomElement> elements;
-    const QDomNodeList children = list.childNodes();
-    for (int i = startIndex; i < children.size(); ++i)
-        if (children.at(i).isElement())
-            elements.append(children.at(i).toElement());
-    return elements;
-}
-
 VehicleBody readBody(const QDomElement& element)
 {
     VehicleBody body;
@@ -192,6 +181,17 @@ void addTurret(QVector<Turret>& turrets, const Turret& turret)
 }
 
 } // namespace
+
+// The child elements of a list element, from the document's start index on.
+QVector<QDomElement> listedElements(const QDomElement& list, int startIndex)
+{
+    QVector<QDomElement> elements;
+    const QDomNodeList children = list.childNodes();
+    for (int i = startIndex; i < children.size(); ++i)
+        if (children.at(i).isElement())
+            elements.append(children.at(i).toElement());
+    return elements;
+}
 
 QString VehicleFile::assemblyProblem() const
 {

@@ -44,6 +44,9 @@ struct VehicleFile
 // The resource path of the shared gun file of a vehicle file.
 QString gunFilePath(const QString& vehicleFilePath);
 
+// The child elements of a list element, from the document's start index on.
+QVector<QDomElement> listedElements(const QDomElement& list, int startIndex);
+
 // Reads the vehicle document. gunFile may be an empty document: shared guns
 // then have no limits or names of their own beyond the vehicle file's.
 VehicleFile readVehicleFile(const QDomDocument& vehicle, bool plainText,
