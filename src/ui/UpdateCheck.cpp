@@ -39,9 +39,8 @@ void UpdateCheck::onNetworkReply(QNetworkReply* reply)
     // server did answer, and only an answer that never came is a network
     // error. Other statuses than 200 are dropped without a word.
     if (reply->error() != QNetworkReply::NoError && !status.isValid()) {
-        warningBox(this, updateTitle(),
-                   tr("There was a network error when checking for updates."), QMessageBox::Ok,
-                   QMessageBox::NoButton);
+        warningBox(this, updateTitle(), tr("There was a network error when checking for updates."),
+                   QMessageBox::Ok, QMessageBox::NoButton);
     } else if (status.toInt() == 200 && reply->isReadable()) {
         processDocument(QString::fromUtf8(reply->readAll()));
     }

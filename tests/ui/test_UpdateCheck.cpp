@@ -1,0 +1,208 @@
+// The version document's handling, fed by a real HTTP server on 127.0.0.1
+// through the program's own network manager.
+
+#include "CommonMessages.h"
+#include "MessageBoxRecorder.h"
+#include "QtPrinters.h"
+#include "UpdateCheck.h"
+
+#include <QLabel>
+#include <QNetworkAccessManager>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTextEdit>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace {
+// Answers every request with one fixed response and closes the connection.
+class OneAnswerServer
+{
+public:
+    OneAnswerServer(int status, const QByteArray& body)
+    {
+        const QByteArray reason = status == 200 ? "OK" : "Not Found";
+        response =
+            "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason +
+            "\r\nContent-Type: text/xml\r\nContent-Length: " + QByteArray::number(body.size()) +
+            "\r\nConnection: close\r\n\r\n" + body;
+        QObject::connect(&server, &QTcpServer::newConnection, [this] { answer(); });
+        listening = server.listen(QHostAddress::LocalHost, 0);
+    }
+
+    QUrl address() const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/downloads/GavrelVersion.xml")
+                        .arg(server.serverPort()));
+    }
+
+    bool listening = false;
+
+private:
+    void answer()
+    {
+        QTcpSocket* socket = server.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+            request += socket->readAll();
+            if (!request.contains("\r\n\r\n"))
+                return;
+            socket->write(response);
+            socket->disconnectFromHost();
+        });
+        QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    }
+
+    QTcpServer server;
+    QByteArray response;
+    QByteArray request;
+};
+
+// An address on which nothing listens: a port the system just gave out and
+// took back.
+QUrl closedPortAddress()
+{
+    QTcpServer probe;
+    EXPECT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
+    const quint16 port = probe.serverPort();
+    probe.close();
+    return QUrl(QStringLiteral("http://127.0.0.1:%1/downloads/GavrelVersion.xml").arg(port));
+}
+
+QByteArray document(const QByteArray& latest, const QByteArray& notes = QByteArray())
+{
+    QByteArray text = "<?xml version=\"1.0\"?>\n<Update>\n <Latest>" + latest +
+                      "</Latest>\n <LatestStr>1.0.18</LatestStr>\n"
+                      " <UrlZip>http://downloads.example.org/Ferrox-1.0.18.zip</UrlZip>\n";
+    if (!notes.isNull())
+        text += " <Notes>" + notes + "</Notes>\n";
+    return text + "</Update>\n";
+}
+
+// What the dialog showed while it ran.
+struct ShownDialog
+{
+    QString installed;
+    QString latest;
+    QString link;
+    QString notes;
+    bool modal = false;
+};
+
+// Notes the dialog's contents when it shows and closes it from inside its
+// own event loop, so exec returns as if the user had pressed Cancel.
+class DialogWatcher : public QObject
+{
+public:
+    explicit DialogWatcher(UpdateCheck& watched) : check(watched)
+    {
+        check.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == &check && event->type() == QEvent::Show) {
+            shown =
+                ShownDialog{label("installedText")->text(), label("LatestVersionLabel")->text(),
+                            label("UrlText")->text(),
+                            check.findChild<QTextEdit*>(QStringLiteral("notesText"))->toPlainText(),
+                            check.isModal()};
+            QMetaObject::invokeMethod(&check, "reject", Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+    QLabel* label(const char* name) const { return check.findChild<QLabel*>(QLatin1String(name)); }
+
+    UpdateCheck& check;
+    std::optional<ShownDialog> shown;
+};
+
+struct UpdateCase
+{
+    const char* name;
+    int status; // 0: nothing listens
+    QByteArray body;
+    QMessageBox::Icon boxIcon; // NoIcon: no box
+    const char* boxText;
+    const char* notesShown; // null: no dialog
+};
+
+void PrintTo(const UpdateCase& test, std::ostream* out)
+{
+    *out << test.name;
+}
+
+const char LatestText[] = "You are running the latest version.";
+const char VersionProblem[] = "The was a problem determining the correct version.";
+const char NetworkError[] = "There was a network error when checking for updates.";
+
+class UpdateCheckTest : public testing::TestWithParam<UpdateCase>
+{
+};
+} // namespace
+
+TEST_P(UpdateCheckTest, AnswersTheVersionDocument)
+{
+    const UpdateCase& test = GetParam();
+    CommonMessages messages;
+    MessageBoxRecorder boxes;
+    UpdateCheck check;
+    DialogWatcher watcher(check);
+
+    std::optional<OneAnswerServer> server;
+    QUrl address = closedPortAddress();
+    if (test.status != 0) {
+        server.emplace(test.status, test.body);
+        ASSERT_TRUE(server->listening);
+        address = server->address();
+    }
+    auto* network = check.findChild<QNetworkAccessManager*>();
+    ASSERT_NE(network, nullptr);
+    QSignalSpy finished(network, &QNetworkAccessManager::finished);
+    check.requestUpdateDocument(address);
+    ASSERT_TRUE(finished.wait(30000));
+
+    if (test.boxIcon == QMessageBox::NoIcon) {
+        EXPECT_TRUE(boxes.boxes.isEmpty()) << boxes.boxes.value(0).text.toStdString();
+    } else {
+        ASSERT_EQ(boxes.boxes.size(), 1);
+        EXPECT_EQ(boxes.boxes[0].icon, test.boxIcon);
+        EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Update"));
+        EXPECT_EQ(boxes.boxes[0].text, QLatin1String(test.boxText));
+    }
+
+    if (!test.notesShown) {
+        EXPECT_FALSE(watcher.shown.has_value());
+        return;
+    }
+    ASSERT_TRUE(watcher.shown.has_value());
+    EXPECT_TRUE(watcher.shown->modal);
+    EXPECT_EQ(watcher.shown->installed, QStringLiteral("1.0.17"));
+    EXPECT_EQ(watcher.shown->latest, QStringLiteral("1.0.18"));
+    EXPECT_EQ(watcher.shown->notes, QLatin1String(test.notesShown));
+    EXPECT_EQ(watcher.shown->link,
+              QStringLiteral("<a href=\"http://downloads.example.org/Ferrox-1.0.18.zip\">"
+                             "Click here for download</a>"));
+    EXPECT_TRUE(watcher.label("UrlText")->openExternalLinks());
+    EXPECT_EQ(check.result(), int(QDialog::Rejected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Replies, UpdateCheckTest,
+    testing::Values(
+        UpdateCase{"NewerWithNotes", 200, document("1701", "Faster loading.\nNew garage."),
+                   QMessageBox::NoIcon, nullptr, "Faster loading.\nNew garage."},
+        UpdateCase{"NewerWithoutNotes", 200, document(" 1800 "), QMessageBox::NoIcon, nullptr, ""},
+        UpdateCase{"SameVersion", 200, document("1700"), QMessageBox::Information, LatestText,
+                   nullptr},
+        UpdateCase{"OlderVersion", 200, document("1699"), QMessageBox::Warning, VersionProblem,
+                   nullptr},
+        UpdateCase{"UnparsableLatest", 200, document("1.0.18"), QMessageBox::Warning,
+                   VersionProblem, nullptr},
+        UpdateCase{"NotXml", 200, "Latest=1701\n", QMessageBox::Warning, VersionProblem, nullptr},
+        UpdateCase{"NotFound", 404, document("1701"), QMessageBox::NoIcon, nullptr, nullptr},
+        UpdateCase{"ClosedPort", 0, {}, QMessageBox::Warning, NetworkError, nullptr}),
+    [](const testing::TestParamInfo<UpdateCase>& param) { return std::string(param.param.name); });
