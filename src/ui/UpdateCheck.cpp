@@ -3,6 +3,7 @@
 #include "ui_UpdateCheck.h"
 
 #include "CommonMessages.h"
+#include "Constants.h"
 #include "MessageBoxes.h"
 
 #include <QDomDocument>
@@ -71,7 +72,7 @@ void UpdateCheck::processDocument(const QString& text)
 void UpdateCheck::showNewVersion(const QString& latestVersion, const QString& downloadAddress,
                                  const QString& notes)
 {
-    ui->installedText->setText(QLatin1String(BuildVersion));
+    ui->installedText->setText(QLatin1String(Ferrox::ApplicationVersion));
     ui->LatestVersionLabel->setText(latestVersion);
     ui->notesText->setPlainText(notes);
     // The address comes from the network: escaped, it cannot add markup.

@@ -19,9 +19,8 @@ class UpdateCheck : public QDialog
 {
     Q_OBJECT
 public:
-    // The build this program is, and the version it stands for.
+    // The build this program is; it stands for the application version.
     static constexpr int BuildNumber = 1700;
-    static constexpr char BuildVersion[] = "1.0.17";
     static constexpr char DocumentAddress[] =
         "http://ferrox.example.org/downloads/GavrelVersion.xml";
 

@@ -40,6 +40,32 @@ QString readText(const QString& path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
+// The install writes its list of files into the build tree, where a user's
+// own install keeps its list for uninstalling: this puts the user's back.
+class ManifestKeeper
+{
+public:
+    ManifestKeeper() : existed(QFile::exists(path))
+    {
+        QFile file(path);
+        if (existed && file.open(QIODevice::ReadOnly))
+            content = file.readAll();
+    }
+    ~ManifestKeeper()
+    {
+        QFile file(path);
+        if (!existed)
+            file.remove();
+        else if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            file.write(content);
+    }
+
+private:
+    const QString path = QStringLiteral(FERROX_BUILD_DIR "/install_manifest.txt");
+    const bool existed;
+    QByteArray content;
+};
+
 // The program named by a launcher's Exec line, quotes taken off.
 QString launcherProgram(const QString& desktopFile)
 {
@@ -61,6 +87,7 @@ TEST(InstallTest, InstalledProgramOpensTheSampleInstallationFromItsLauncher)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_DATA_HOME"), dataHome);
 
+    const ManifestKeeper manifest;
     const Finished install =
         runToEnd(QStringLiteral(FERROX_CMAKE_COMMAND),
                  {QStringLiteral("--install"), QStringLiteral(FERROX_BUILD_DIR),
