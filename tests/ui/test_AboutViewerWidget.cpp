@@ -39,8 +39,6 @@ TEST(AboutViewerWidgetTest, ShowsTheCurrentContextsDriverFacts)
     EXPECT_EQ(labelText(about, "glRendererLabel"), glText(gl, GL_RENDERER));
     EXPECT_EQ(labelText(about, "glVersionLabel"), glText(gl, GL_VERSION));
     EXPECT_EQ(labelText(about, "glslLabel"), glText(gl, GL_SHADING_LANGUAGE_VERSION));
-    EXPECT_TRUE(labelText(about, "glVersionLabel").startsWith(QStringLiteral("3.")) ||
-                labelText(about, "glVersionLabel").startsWith(QStringLiteral("4.")));
 
     GLint count = 0;
     gl.glGetIntegerv(GL_NUM_EXTENSIONS, &count);

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace {
 struct Finished
 {
@@ -42,28 +44,23 @@ QString readText(const QString& path)
 
 // The install writes its list of files into the build tree, where a user's
 // own install keeps its list for uninstalling: this puts the user's back.
-class ManifestKeeper
+struct ManifestKeeper
 {
-public:
-    ManifestKeeper() : existed(QFile::exists(path))
+    ManifestKeeper()
     {
-        QFile file(path);
-        if (existed && file.open(QIODevice::ReadOnly))
-            content = file.readAll();
+        if (QFile file(path); file.open(QIODevice::ReadOnly))
+            kept = file.readAll();
     }
     ~ManifestKeeper()
     {
         QFile file(path);
-        if (!existed)
+        if (!kept)
             file.remove();
-        else if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            file.write(content);
+        else if (file.open(QIODevice::WriteOnly))
+            file.write(*kept);
     }
-
-private:
     const QString path = QStringLiteral(FERROX_BUILD_DIR "/install_manifest.txt");
-    const bool existed;
-    QByteArray content;
+    std::optional<QByteArray> kept;
 };
 
 // The program named by a launcher's Exec line, quotes taken off.
