@@ -250,7 +250,7 @@ CamoBakeJob::Result CamoBakeJob::bake(const QString& path)
     // Straight from the files: the vehicle's cache may hold an older bake.
     CamoBakeInputs inputs;
     inputs.diffuse = textures->loadUncached(source);
-    inputs.exclusionMask = textures->textureByName(exclusionMask, true);
+    inputs.exclusionMask = textures->loadTexture(exclusionMask);
     inputs.pattern = camo->textureId;
     inputs.tiling = tiling;
     inputs.colors = camo->colors;

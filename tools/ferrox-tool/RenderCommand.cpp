@@ -1,5 +1,6 @@
 #include "RenderCommand.h"
 
+#include "CamoCommands.h"
 #include "FrameRenderer.h"
 #include "OffscreenVehicle.h"
 #include "Settings.h"
@@ -274,17 +275,21 @@ int renderCommand(const ToolArguments& arguments)
             "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
             "[--state intact|destroyed] [--turret NAME] [--gun NAME] [--yaw DEG] "
             "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
-            "[--transparent] [--mod DIR]"));
+            "[--transparent] [--mod DIR] [--camo SEASON:ROW]"));
         return 2;
     }
     RenderRequest request;
     if (!readRequest(arguments, &request))
         return 1;
     OffscreenVehicle vehicle;
+    const QString camoChoice = arguments.option(QStringLiteral("camo"));
+    vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
     if (!fitTurretAndGun(loader, request))
+        return 1;
+    if (vehicle.withCamouflage && !applyCamoChoice(*vehicle.camouflage(), camoChoice))
         return 1;
     placeVehicle(loader, request);
     QImage image;
