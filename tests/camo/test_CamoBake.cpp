@@ -332,4 +332,29 @@ TEST(CamoTool, BakeRefusesTheGameFolderAndCamoListsTheCatalogues)
         << out.toStdString();
 }
 
+TEST(CamoTool, RenderDrawsTheChosenPatternOnTheVehicle)
+{
+    QTemporaryDir out;
+    const QStringList common = {
+        "render",  Game,          "Kestrel",     "--size",
+        "160x120", "--no-garage", "--resources", Game + "/ferrox-resources.cfg",
+        "--out"};
+    const ToolResult plain = runTool(common + QStringList{out.filePath("plain.png")});
+    const ToolResult painted =
+        runTool(common + QStringList{out.filePath("camo.png"), "--camo", "summer:1"});
+    ASSERT_EQ(plain.exitCode, 0) << plain.err.data();
+    ASSERT_EQ(painted.exitCode, 0) << painted.err.data();
+    const QImage a(out.filePath("plain.png"));
+    const QImage b(out.filePath("camo.png"));
+    int changed = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            changed += !sameColour(a.pixel(x, y), QColor(b.pixel(x, y)), 12);
+    EXPECT_GT(changed, 200) << saveFailedImage(b, "camo").toStdString();
+    const ToolResult wrong =
+        runTool(common + QStringList{out.filePath("x.png"), "--camo", "summer:7"});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_TRUE(wrong.err.contains("no row 7")) << wrong.err.data();
+}
+
 } // namespace
