@@ -442,13 +442,17 @@ void Database::rebuildDatabase()
     }
 }
 
-// CamoLoader's catalogues are emptied here before a rebuild, once that class
-// exists.
-void Database::clearCamouflageCatalogues() {}
+void Database::clearCamouflageCatalogues()
+{
+    if (camouflageHooks.cleared)
+        camouflageHooks.cleared();
+}
 
-// CamoLoader receives each loaded nation's customization.xml here, once that
-// class exists.
-void Database::addCamouflageCatalogue(const QString&, const QString&) {}
+void Database::addCamouflageCatalogue(const QString& camoPath, const QString& translatedNation)
+{
+    if (camouflageHooks.nationRead)
+        camouflageHooks.nationRead(camoPath, translatedNation);
+}
 
 // With the render widget's GL start done, the window reloads its scene items
 // here ("Reloading Scene."), once those classes exist.

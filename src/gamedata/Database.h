@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QSqlQuery;
 
 // One row of Tanks_Tbl, before it gets its id.
@@ -79,6 +81,17 @@ public:
     // "../data/tank_list.cfg" unless a tool names another.
     QString tankListPath;
 
+    // The camouflage catalogues live above this library: their owner sets
+    // these while it exists. cleared runs at the start of a rebuild,
+    // nationRead once for each nation whose list was read, with the
+    // customization.xml path relative to res (native separators) and the
+    // nation's translated name.
+    struct CamouflageHooks
+    {
+        std::function<void()> cleared;
+        std::function<void(const QString& relativePath, const QString& nation)> nationRead;
+    } camouflageHooks;
+
 public slots:
     void rebuildDatabase();
 
@@ -97,8 +110,8 @@ private:
                      const QString& dataPath) const;
     QString modelFolder(const QString& xmlFile) const;
 
-    // Hook points for the camouflage catalogues and the scene, which live in
-    // classes of their own; they do nothing until those exist.
+    // The camouflage catalogues go through camouflageHooks; the scene's
+    // reload lives in a class of its own and does nothing until it exists.
     void clearCamouflageCatalogues();
     void addCamouflageCatalogue(const QString& camoPath, const QString& translatedNation);
     void reloadScene();

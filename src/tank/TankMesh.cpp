@@ -1,10 +1,15 @@
 #include "TankMesh.h"
 
+#include "AppliedCamouflage.h"
 #include "GlFunctions.h"
 #include "Log.h"
 #include "Material.h"
 #include "PrimitiveParser.h"
+#include "ShaderLoader.h"
+#include "TankLoader.h"
+#include "TextureLoader.h"
 #include "TransformChain.h"
+#include "TurretGunChooser.h"
 
 #include <QOpenGLFunctions_3_2_Core>
 
@@ -15,16 +20,64 @@ Matrix diagonal(const Vector3& v)
     return scalingMatrix(v);
 }
 
+constexpr int CamoMapUnit = 9;
+
+// Material names that never carry paint, as the game has it (case counts).
+bool unpaintedMaterial(const QString& name)
+{
+    return name.contains(QLatin1String("equipment")) || name.contains(QLatin1String("bottom")) ||
+           name.contains(QLatin1String("track"));
+}
+
+Vector4 componentProduct(const Vector4& a, const Vector4& b)
+{
+    return {a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]};
+}
+
+// The exclusion mask and tiling a part of the given type takes; false when
+// the part shows no camouflage at all.
+bool partCamouflage(int partType, const AppliedCamouflage& applied, QString& mask, Vector4& tiling)
+{
+    tiling = {1, 1, 1, 1};
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    switch (partType) {
+    case TankMesh::Chassis:
+        mask = applied.chassisExclusionMask;
+        if (mask.isEmpty())
+            return false;
+        break;
+    case TankMesh::Hull:
+        mask = applied.hullExclusionMask;
+        break;
+    case TankMesh::Turret:
+        if (const Turret* turret = chooser ? chooser->currentTurret() : nullptr) {
+            mask = turret->exclusionMask;
+            tiling = turret->tiling;
+        }
+        return true;
+    case TankMesh::Gun:
+        if (const Gun* gun = chooser ? chooser->currentGun() : nullptr) {
+            mask = gun->exclusionMask;
+            tiling = gun->tiling;
+        }
+        return true;
+    default:
+        return false;
+    }
+    mask.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    return true;
+}
+
 // The steps a vehicle part adds around each group of the shared draw loop.
 class PartDrawSteps : public GroupDrawSteps
 {
 public:
-    PartDrawSteps(bool chassis, bool depth) : isChassis(chassis) { depthPass = depth; }
+    PartDrawSteps(int type, bool depth) : partType(type) { depthPass = depth; }
 
     void beforeApply(Material& material) override
     {
         // The chassis is seen from below through its tracks.
-        if (isChassis)
+        if (partType == TankMesh::Chassis)
             material.doubleSided = true;
     }
     void afterApply(Material& material) override
@@ -40,11 +93,38 @@ public:
     }
 
 private:
-    // No pattern catalogue is loaded for the vehicle yet, so no group shows
-    // a camouflage: the flag is cleared as for a vehicle without one.
-    static void updateCamouflage(Material& material) { material.camoEnabled = false; }
+    // Material::apply has already run, so the shader sees this flag from the
+    // next draw of the group on.
+    void updateCamouflage(Material& material) const
+    {
+        material.camoEnabled = false;
+        const AppliedCamouflage* applied = AppliedCamouflage::active();
+        const TankLoader* loader = TankLoader::instance();
+        if (!applied || !applied->enabled || (loader && loader->damageMode != Intact) ||
+            unpaintedMaterial(material.name))
+            return;
+        QString mask;
+        Vector4 tiling;
+        if (!partCamouflage(partType, *applied, mask, tiling))
+            return;
+        material.camoEnabled = true;
+        for (size_t channel = 0; channel < applied->colors.size(); ++channel)
+            for (size_t i = 0; i < 4; ++i)
+                material.camoColors[channel][i] = applied->colors[channel][i] * ColourScale;
+        TextureLoader* textures = TextureLoader::instance();
+        if (textures)
+            material.bindExclusionMap(mask.isEmpty() ? 0 : textures->textureByName(mask, false));
+        material.camoTiling = componentProduct(tiling, applied->tiling);
+        if (material.shader && textures) {
+            glFunctions()->glUniform1i(material.shader->uniformLocation(QStringLiteral("camoMap")),
+                                       CamoMapUnit);
+            textures->bindTexture(CamoMapUnit, applied->textureId);
+        }
+        material.applyCamouflage();
+    }
 
-    bool isChassis;
+    static constexpr float ColourScale = 0.003921569f;
+    int partType;
 };
 
 } // namespace
@@ -167,7 +247,7 @@ void TankMesh::draw(bool hidden, int pass, Material* material, ShaderProgram* sh
 {
     if (partType == UvOnly || !chain)
         return;
-    PartDrawSteps steps(partType == Chassis, pass == 0);
+    PartDrawSteps steps(partType, pass == 0);
     bool first = true;
     for (const RenderSet* set : visual->renderSets) {
         if (partType == Chassis)

@@ -44,19 +44,19 @@ TEST(TankInfo, TextureListsOfTheSampleVehicles)
          "vehicles/Caldera/C03_Wyvern/",
          {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Gun_01_AM.dds"},
          {},
-         {}},
+         {"Tank_CM.dds", "Turret_CM.dds"}},
         // The gun's map named without extension gains ".dds".
         {"caldera/c02_basilisk.xml",
          "vehicles/Caldera/C02_Basilisk/",
          {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga", "Gun_01_AM.dds"},
          {},
-         {}},
+         {"Tank_CM.dds", "Turret_CM.dds", "Turret_02_CM.dds"}},
         // Plain text.
         {"drevnia/d02_ironmoth.xml",
          "vehicles/Drevnia/D02_Ironmoth/",
          {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga", "Gun_01_AM.dds"},
          {},
-         {}},
+         {"Tank_CM.dds", "Turret_CM.dds", "Turret_02_CM.dds"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file.toStdString());

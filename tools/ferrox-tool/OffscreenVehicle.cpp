@@ -1,6 +1,7 @@
 #include "OffscreenVehicle.h"
 
 #include "BufferManager.h"
+#include "CamoLoader.h"
 #include "Database.h"
 #include "MaterialLoader.h"
 #include "MatrixStack.h"
@@ -24,6 +25,7 @@ OffscreenVehicle::~OffscreenVehicle()
     // texture caches its materials point into.
     if (contextMade)
         context.makeCurrent(&surface);
+    camo.reset();
     tankLoader.reset();
     textures.reset();
     materials.reset();
@@ -69,6 +71,11 @@ bool OffscreenVehicle::load(const ToolArguments& arguments)
     if (!createContext() || !createManagers()) {
         printError(QStringLiteral("No OpenGL 3.2 core context with the program's shaders"));
         return false;
+    }
+    if (withCamouflage) {
+        // The catalogues' textures need GL: the table is read once more.
+        camo = std::make_unique<CamoLoader>();
+        database->rebuildDatabase();
     }
     if (!tankLoader->load(name)) {
         printError(QStringLiteral("Ferrox cannot assemble: ") + name);

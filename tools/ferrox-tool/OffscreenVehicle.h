@@ -9,6 +9,7 @@
 #include <memory>
 
 class BufferManager;
+class CamoLoader;
 class Database;
 class MaterialLoader;
 class MatrixStack;
@@ -41,6 +42,10 @@ public:
     bool load(const ToolArguments& arguments);
 
     TankLoader& loader() { return *tankLoader; }
+    // Set before load(): the camouflage catalogues are read too (once GL
+    // exists, as the viewport does) and follow the loaded vehicle.
+    bool withCamouflage = false;
+    CamoLoader* camouflage() { return camo.get(); }
     QString gameDirectory() const;
 
 private:
@@ -58,6 +63,7 @@ private:
     std::unique_ptr<ShaderLoader> shaders;
     std::unique_ptr<MaterialLoader> materials;
     std::unique_ptr<TankLoader> tankLoader;
+    std::unique_ptr<CamoLoader> camo;
     std::unique_ptr<TextureLoader> textures;
     std::unique_ptr<MatrixStack> matrices;
 };

@@ -1,5 +1,6 @@
 #include "RenderCommand.h"
 
+#include "CamoCommands.h"
 #include "FrameRenderer.h"
 #include "OffscreenVehicle.h"
 #include "Settings.h"
@@ -33,6 +34,9 @@ struct RenderRequest
     QString camera; // absolute, empty for the viewport's start camera
     bool garage = true;
     bool transparent = false;
+    // A group's camouflage flag reaches its shader from the frame after it
+    // is set: one frame more is drawn first.
+    bool camouflage = false;
 };
 
 bool fail(const QString& message)
@@ -234,6 +238,8 @@ bool renderVehicle(TankLoader& loader, const RenderRequest& request, QImage* ima
     const int largest = FrameRenderer::maxImageSize();
     if (ok && (request.size.width() > largest || request.size.height() > largest))
         ok = fail(QStringLiteral("This OpenGL renders at most %1 pixels a side").arg(largest));
+    if (ok && request.camouflage)
+        frame.renderToImage(request.size.width(), request.size.height(), request.transparent);
     if (ok) {
         *image =
             frame.renderToImage(request.size.width(), request.size.height(), request.transparent);
@@ -274,17 +280,22 @@ int renderCommand(const ToolArguments& arguments)
             "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
             "[--state intact|destroyed] [--turret NAME] [--gun NAME] [--yaw DEG] "
             "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
-            "[--transparent] [--mod DIR]"));
+            "[--transparent] [--mod DIR] [--camo SEASON:ROW]"));
         return 2;
     }
     RenderRequest request;
     if (!readRequest(arguments, &request))
         return 1;
     OffscreenVehicle vehicle;
+    const QString camoChoice = arguments.option(QStringLiteral("camo"));
+    vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
+    request.camouflage = vehicle.withCamouflage;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
     if (!fitTurretAndGun(loader, request))
+        return 1;
+    if (vehicle.withCamouflage && !applyCamoChoice(*vehicle.camouflage(), camoChoice))
         return 1;
     placeVehicle(loader, request);
     QImage image;

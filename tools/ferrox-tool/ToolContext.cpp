@@ -47,11 +47,12 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("png"),       QStringLiteral("tank-list"), QStringLiteral("out"),
     QStringLiteral("size"),      QStringLiteral("state"),     QStringLiteral("turret"),
     QStringLiteral("gun"),       QStringLiteral("yaw"),       QStringLiteral("turret-yaw"),
-    QStringLiteral("gun-pitch"), QStringLiteral("camera"),
+    QStringLiteral("gun-pitch"), QStringLiteral("camera"),    QStringLiteral("camo"),
 };
 
 const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
-                                                QStringLiteral("transparent")};
+                                                QStringLiteral("transparent"),
+                                                QStringLiteral("overwrite")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {

@@ -2,6 +2,7 @@
 // and for tests.
 
 #include "ArchiveCommands.h"
+#include "CamoCommands.h"
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
 #include "RenderCommand.h"
@@ -58,16 +59,27 @@ const Command commands[] = {
      "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed]\n"
      "       [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG]\n"
      "       [--camera FILE.Camera] [--no-garage] [--transparent] [--mod DIR]\n"
+     "       [--camo SEASON:ROW]\n"
      "                                a picture of the vehicle as the viewport draws it\n"
      "                                (default 1024x768, the viewport's start camera;\n"
      "                                needs OpenGL)",
      renderCommand},
+    {"camo",
+     "camo GAME_DIR [NATION]         the camouflage catalogues: nation, season, pattern,\n"
+     "                                texture, colours, tilings",
+     camoCommand},
+    {"bake",
+     "bake GAME_DIR NAME --mod DIR [--camo SEASON:ROW] [--overwrite]\n"
+     "                                the camouflage bake of the vehicle into DIR, as\n"
+     "                                \"Bake and Export\" (needs OpenGL)",
+     bakeCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    return name == QLatin1String("tank") || name == QLatin1String("render");
+    return name == QLatin1String("tank") || name == QLatin1String("render") ||
+           name == QLatin1String("bake");
 }
 
 void printUsage()

@@ -219,6 +219,13 @@ EXCLUSION_MASK_VEHICLE = "A01_Talon"   # camouflage/exclusionMask of the vehicle
 HULL_MASK_VEHICLE = "B01_Kestrel"      # only hull/camouflage/exclusionMask
 MASKED_TURRET = "A01_Talon_Turret_2"   # camouflage mask and tiling of its own
 MASKED_GUN = "A01_Talon_Gun_L2"        # mask, tiling, turretYawLimits, extraPitchLimits
+# Vehicles whose masks match their paintable diffuse maps one for one, so the
+# camouflage bake takes them; A01_Talon has fewer masks than maps and is
+# refused. A paint-masked vehicle's first turret takes Turret_CM, its second
+# Turret_02_CM, its own (not shared) guns Gun_CM, and, unless it has only a
+# hull mask, the vehicle takes Tank_CM.
+PAINT_MASK_VEHICLES = ("B01_Kestrel", "C02_Basilisk", "D02_Ironmoth", "C03_Wyvern_v2")
+TURRET_MASKS = ("Turret", "Turret_02")
 MOD_VEHICLE = "C02_Basilisk"           # a changed copy of its file lies in the mod folder
 MOD_HULL_HEALTH = 4321
 
@@ -294,6 +301,8 @@ def vehicle_tree(nation, vehicle, mod=False):
         if is_shared_gun(tag):  # takes name and limits from components/guns.xml
             return Element("shared", entry)
         entry["pitchLimits"] = "-25 12"
+        if vehicle.model in PAINT_MASK_VEHICLES:
+            entry["camouflage"] = camouflage("Gun")
         if tag == MASKED_GUN:
             entry.update(turretYawLimits="-30 30", camouflage=camouflage("Gun", (2, 1, 0, 0)),
                          extraPitchLimits=Element(None, [
@@ -301,7 +310,7 @@ def vehicle_tree(nation, vehicle, mod=False):
         return entry
 
     turrets = []
-    for tag, part, guns in vehicle_turrets(vehicle):
+    for number, (tag, part, guns) in enumerate(vehicle_turrets(vehicle)):
         key = "C02_Basilisk_Turret_Mod" if mod and tag == turret_tag(vehicle) else tag
         turret = {
             "userString": f"#{nation.catalogue}:{key}",
@@ -316,11 +325,14 @@ def vehicle_tree(nation, vehicle, mod=False):
         turret["armor"] = {"turret_front": 30 + 6 * tier, "turret_side": 20 + 4 * tier}
         if tag == MASKED_TURRET:
             turret["camouflage"] = camouflage("Turret", (1.5, 1.5, 0, 0))
+        if vehicle.model in PAINT_MASK_VEHICLES:
+            turret["camouflage"] = camouflage(TURRET_MASKS[min(number, 1)])
         if vehicle.category in (TD, ARTY):
             turret["yawLimits"] = "-12 12"
         turrets.append((tag, turret))
     tree = {"hull": hull, "chassis": chassis}
-    if vehicle.model == EXCLUSION_MASK_VEHICLE:
+    if vehicle.model == EXCLUSION_MASK_VEHICLE or (
+            vehicle.model in PAINT_MASK_VEHICLES and vehicle.model != HULL_MASK_VEHICLE):
         tree = {"camouflage": camouflage("Tank"), **tree}
     if turrets:
         tree["turrets0"] = Element(None, turrets)
@@ -341,10 +353,18 @@ def guns_tree(nation):
     return {"shared": shared}
 
 
-def camo_texture_path(nation, season):
+# Patterns per season; each has a texture of its own.
+CAMO_PATTERNS_PER_SEASON = 2
+# The nation whose folder has no customization.xml.
+NATION_WITHOUT_CAMO = "caldera"
+# A comment the plain text catalogue carries among its tilings.
+TILING_COMMENT = "<!-- tiling of the nation's first vehicles -->"
+
+
+def camo_texture_path(nation, season, number=1):
     if nation.defs_archive == BULK_DEFS_PACKAGE:
-        return f"vehicles/camouflage/bulk/{season.capitalize()}_01.dds"
-    return f"vehicles/camouflage/{nation.folder}/{season.capitalize()}_01.dds"
+        return f"vehicles/camouflage/bulk/{season.capitalize()}_{number:02}.dds"
+    return f"vehicles/camouflage/{nation.folder}/{season.capitalize()}_{number:02}.dds"
 
 
 def camo_texture_archive(nation):
@@ -355,26 +375,48 @@ def camo_key(nation, season):
     return f"camo/{nation.folder}_{season}"
 
 
+def has_camouflage(nation):
+    return nation.folder != NATION_WITHOUT_CAMO
+
+
+def camo_pattern_name(nation, season, number):
+    return f"{nation.folder}_{season}" + (f"_{number}" if number > 1 else "")
+
+
+def camo_colors(season_index, number):
+    """c0 to c3 of a pattern (red, green, blue, strength), distinct per
+    pattern; c3 of the first pattern of a season is switched off."""
+    base, shift = 40 * season_index, 30 * (number - 1)
+    return {
+        "c0": Floats(60 + base, 70 + shift, 40, 255),
+        "c1": Floats(110, 100 + base, 60 + shift, 255),
+        "c2": Floats(30 + shift, 40, 30 + base, 200),
+        "c3": Floats(20, 20 + shift, 20, 0 if number == 1 else 128),
+    }
+
+
 def customization_tree(nation):
-    """customization.xml: the nation's base colour and its patterns, one per
-    season, and an event pattern marked notInShop (false, which still counts)."""
+    """customization.xml: the nation's base colour and its patterns, two per
+    season, with an ignored extra colour and the tiling of the nation's first
+    three vehicles (element names in the model's case); the second summer
+    pattern has an empty notInShop, which keeps it; an event pattern marked
+    notInShop false and a "hidden" one marked "true" are left out by the
+    program."""
     patterns = []
     tiled = [v.model for v in nation.vehicles if is_table_vehicle(v)][:3]
-    for number, season in enumerate(SEASONS):
-        base = 40 * number
-        patterns.append((f"{nation.folder}_{season}", {
-            "texture": camo_texture_path(nation, season),
-            "group": season,
-            "description": f"#{nation.catalogue}:{camo_key(nation, season)}",
-            "colors": {
-                "c0": Floats(60 + base, 70, 40, 255),
-                "c1": Floats(110, 100 + base, 60, 255),
-                "c2": Floats(30, 40, 30 + base, 255),
-                "c3": Floats(0, 0, 0, 0),
-            },
-            "tiling": {model: Floats(1.0 + 0.25 * i, 1.0, 0.0, 0.0)
-                       for i, model in enumerate(tiled)},
-        }))
+    for season_index, season in enumerate(SEASONS):
+        for number in range(1, CAMO_PATTERNS_PER_SEASON + 1):
+            pattern = {
+                "texture": camo_texture_path(nation, season, number),
+                "group": season,
+                "description": f"#{nation.catalogue}:{camo_key(nation, season)}",
+                "colors": {**camo_colors(season_index, number), "c4": Floats(1, 2, 3, 4)},
+                "tiling": {model: Floats(1.0 + 0.25 * i, number, 0.0, 0.0)
+                           for i, model in enumerate(tiled)},
+            }
+            if season == "summer" and number == 2:
+                pattern = {"notInShop": "", **pattern}
+            patterns.append((camo_pattern_name(nation, season, number), pattern))
     patterns.append((f"{nation.folder}_event", {
         "texture": camo_texture_path(nation, "summer"),
         "group": "summer",
@@ -382,7 +424,20 @@ def customization_tree(nation):
         "notInShop": False,
         "colors": {"c0": Floats(200, 20, 20, 255)},
     }))
+    patterns.append((f"{nation.folder}_hidden", {
+        "texture": camo_texture_path(nation, "winter"),
+        "group": "winter",
+        "description": f"#{nation.catalogue}:{camo_key(nation, 'event')}",
+        "notInShop": "true",
+    }))
     return {"armorColor": Floats(nation.armor_color), "camouflages": Element(None, patterns)}
+
+
+def customization_file(nation):
+    data = xml_file("customization.xml", customization_tree(nation), nation.camo_plain)
+    if nation.camo_plain:  # a comment the reader skips, before the first tiling
+        data = data.replace(b"<tiling>", b"<tiling>" + TILING_COMMENT.encode(), 1)
+    return data
 
 
 def item_types_tree():
@@ -396,11 +451,11 @@ def nation_files(nation):
     files = [
         (f"{nation.res_path}/list.xml",
          xml_file("list.xml", vehicle_list_tree(nation), nation.list_plain), nation.list_place),
-        (f"{nation.res_path}/customization.xml",
-         xml_file("customization.xml", customization_tree(nation), nation.camo_plain), LOOSE),
         (f"{nation.res_path}/components/guns.xml",
          encode(guns_tree(nation)), nation.defs_archive),
     ]
+    if has_camouflage(nation):
+        files.append((f"{nation.res_path}/customization.xml", customization_file(nation), LOOSE))
     for v in nation.vehicles:
         if v.model == "Observer":
             continue
@@ -423,9 +478,9 @@ def game_data_members(nations, archive):
     members = [Member(name, data, DEFLATED)
                for nation in nations for name, data, place in nation_files(nation)
                if place == archive]
-    textures = {camo_texture_path(nation, season): None  # ordered, no repeats
+    textures = {camo_texture_path(nation, season, number): None  # ordered, no repeats
                 for nation in nations if camo_texture_archive(nation) == archive
-                for season in SEASONS}
+                for season in SEASONS for number in range(1, CAMO_PATTERNS_PER_SEASON + 1)}
     members += [Member(path, dds_bytes(path), STORED) for path in textures]
     return members
 

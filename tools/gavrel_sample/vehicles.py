@@ -247,7 +247,7 @@ def vehicle_texture_files(nation, tank):
     files += [(f"{kind}_crash_AM.dds", extra_texture("DXT1", "burnt", DETAIL_SIZE, colour))
               for kind in ("Chassis", "Hull", "Turret", "Gun")]
     files += [(f"{kind}_CM.dds", extra_texture("DXT1", "mask", 32))
-              for kind in ("Tank", "Hull", "Turret", "Gun")]
+              for kind in ("Tank", "Hull", "Turret", "Turret_02", "Gun")]
     if tank == HD_TEXTURE_TANK:
         hd = f"{base}/Hull_AM_hd.dds"
         files += [("Hull_AM.texformat", texformat_file(hd)),
