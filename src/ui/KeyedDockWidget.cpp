@@ -22,6 +22,10 @@ void KeyedDockWidget::keyPressEvent(QKeyEvent* event)
     const bool modifiersMatch = toggleWithAnyModifiers || event->modifiers() == Qt::ShiftModifier;
     if (event->key() == toggleKey && modifiersMatch)
         toggleViewAction()->trigger();
-    if (mainWindow)
-        mainWindow->keyPressEvent(event);
+    if (!mainWindow)
+        return;
+    mainWindow->keyPressEvent(event);
+    // Handed on once: the window is also the dock's parent, to which an
+    // ignored key would travel again.
+    event->accept();
 }

@@ -246,7 +246,6 @@ void restoreLayout(QMainWindow& window, const QString& path)
 
 void MainWindow::restoreStartLayout()
 {
-    ui.TanksDock->setWindowFlags(Qt::Window);
     if (QFile::exists(userLayoutPath())) {
         restoreLayout(*this, userLayoutPath());
         Log::log(QStringLiteral("Loaded layout file: user.layout"), Log::Info);
