@@ -11,10 +11,10 @@
 #include <QTranslator>
 
 namespace {
-void loadTranslation(QTranslator& translator)
+void loadTranslation(QTranslator& translator, const QString& localeName)
 {
     const QString base = QLatin1String(Ferrox::TranslationDirectory) + QStringLiteral("Ferrox_");
-    const QLocale locale = QLocale::system();
+    const QLocale locale = localeName.isEmpty() ? QLocale::system() : QLocale(localeName);
     if (translator.load(base + locale.name(), QString(), QString(), QString()))
         return;
     // "de_AT" has no file of its own: try the language alone.
@@ -35,16 +35,15 @@ int runFerrox(int& argc, char** argv, const StartOptions& options)
     QCoreApplication::setApplicationVersion(QLatin1String(Ferrox::ApplicationVersion));
 
     QTranslator translator;
-    loadTranslation(translator);
+    loadTranslation(translator, options.localeName);
     if (!translator.isEmpty())
         QCoreApplication::installTranslator(&translator);
 
     application.initialise();
 
+    // Shows itself: the viewport's GL start-up, which also builds the
+    // vehicle table, runs within the constructor.
     MainWindow window;
-    window.show();
-    // The viewport's GL start-up also builds the vehicle table.
-    window.initialiseViewport();
 
     if (startupErrorPending()) {
         window.close();

@@ -12,6 +12,8 @@ struct StartOptions
 {
     // The folder taken as the executable's; empty means the real one.
     QString applicationDirectory;
+    // The locale whose translation is loaded; empty means the system's.
+    QString localeName;
     // Called when start-up has succeeded, just before the event loop runs.
     std::function<void(MainWindow&)> onStarted;
 };

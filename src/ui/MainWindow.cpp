@@ -1,43 +1,153 @@
 #include "MainWindow.h"
 
+#include "CommonMessages.h"
 #include "Constants.h"
+#include "Database.h"
+#include "Environment.h"
+#include "Log.h"
 #include "MaterialLoader.h"
+#include "MessageBoxes.h"
 #include "RenderWidget.h"
 #include "Settings.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
+#include "TankLoader.h"
+#include "TurretGunChooser.h"
 #include "VehicleScene.h"
 
+#include <QColorDialog>
 #include <QCoreApplication>
-#include <QIcon>
-#include <QStatusBar>
+#include <QDir>
+#include <QFile>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QScrollBar>
+#include <QSettings>
+#include <QSqlQuery>
+#include <QStringListModel>
+
+#include <cmath>
 
 MainWindow* mainWindow = nullptr;
+
+namespace {
+const QString WindowStateKey = QStringLiteral("windowState");
+const QString RecentTanksKey = QStringLiteral("RecentTanks");
+
+QString programName()
+{
+    return QLatin1String(Ferrox::ApplicationName);
+}
+
+// The work of these slots comes with later parts of the program; until then
+// the entry points exist and say so.
+void notThereYet(const char* what)
+{
+    Log::log(QLatin1String(what) + QStringLiteral(": not available yet."), Log::Info);
+}
+
+bool anyNonZero(const Vector3& triple)
+{
+    return triple[0] != 0 || triple[1] != 0 || triple[2] != 0;
+}
+
+void showOk(bool warning, QWidget* parent, const QString& text)
+{
+    if (warning)
+        warningBox(parent, programName(), text, QMessageBox::Ok, QMessageBox::NoButton);
+    else
+        informationBox(parent, programName(), text, QMessageBox::Ok);
+}
+} // namespace
 
 MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags)
 {
     mainWindow = this;
-    setObjectName(QStringLiteral("MainWindow"));
-    setWindowTitle(QLatin1String(Ferrox::ApplicationName) + QLatin1Char(' ') +
-                   QLatin1String(Ferrox::ApplicationVersion));
-    setWindowIcon(QIcon(QStringLiteral(":/icons/ferrox_ico_128.png")));
-    resize(928, 1066);
-    statusBar()->setObjectName(QStringLiteral("statusbar"));
-    renderWidget = new RenderWidget(this);
-    renderWidget->setObjectName(QStringLiteral("RenderWidget"));
+    Log::log(QStringLiteral("Creating main window"), Log::Info);
+    qRegisterMetaType<ShellParamaters>("ShellParamaters");
+    ui.setupUi(this);
+    renderWidget = ui.mRenderWidget;
     installVehicleLoader(*renderWidget);
-    setCentralWidget(renderWidget);
-    applySceneSettings();
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
+
+    setWindowTitle(programName() + QLatin1Char(' ') + QLatin1String(Ferrox::ApplicationVersion));
+    for (QDockWidget* dock : {ui.armorDock, static_cast<QDockWidget*>(ui.armorInspectionDock)}) {
+        dock->hide();
+        dock->setFloating(true);
+    }
+
+    // The first show starts the viewport's GL, which creates the loaders
+    // used from here on.
+    showMaximized();
+    initialiseViewport();
+    ui.armorDock->move(50, height() - 420);
+
+    buildWindowMenu();
+    restoreStartLayout();
+    if (Log* log = Log::instance())
+        connect(log, SIGNAL(logChanged()), this, SLOT(updateLogWidget()));
+    updateLogWidget();
+    connect(renderWidget, SIGNAL(viewportColorChanged(QColor)), this,
+            SLOT(setViewportLabelColor(QColor)));
+    setViewportLabelColor(renderWidget->viewportColor);
+    setTabPosition(Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea, QTabWidget::North);
+
+    if (Database* database = Database::instance())
+        connect(database, SIGNAL(databaseRebuilt()), this, SLOT(updateTankList()));
+    updateTankList();
+    if (Settings::instance() && Settings::instance()->firstRun)
+        showPreferences();
+    applySceneSettings();
+    // After the first fill, so that the fill doesn't run the filter.
+    for (QComboBox* box : {ui.NationCombo, ui.CatergoryCombo, ui.TierCombo})
+        connect(box, SIGNAL(currentTextChanged(QString)), this, SLOT(tankFilterChanged()));
+
+    if (TankLoader* loader = TankLoader::instance())
+        connectTankLoader(*loader);
+    connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
+    emitShellParamaters();
+    toggleSolidMode();
+
+    for (QAction*& action : recentActions) {
+        action = new QAction(this);
+        action->setVisible(false);
+        ui.menuRecent_Tanks->addAction(action);
+        connect(action, SIGNAL(triggered()), this, SLOT(_loadTankFromRecent()));
+    }
+    loadRecentList();
+    refreshRecentActions();
+
+    // Their shortcuts must work while the menu bar and tool bars are hidden.
+    addActions(windowActions());
+    Log::log(QStringLiteral("main window setup complete."), Log::Info);
+
+    // Twice, so that toggled() reaches the viewport whatever the box held;
+    // checked means hidden.
+    const bool showGrid = Settings::instance() && Settings::instance()->showGrid;
+    ui.GridCheckBox->setChecked(showGrid);
+    ui.GridCheckBox->setChecked(!showGrid);
 }
 
 MainWindow::~MainWindow()
 {
+    for (QAction* action : windowActions())
+        removeAction(action);
+    saveRecentList();
+    if (TankLoader* loader = TankLoader::instance())
+        loader->window = TankWindowSink{};
     if (mainWindow == this) {
         mainWindow = nullptr;
         setStatusMessageSink({});
     }
+}
+
+QList<QAction*> MainWindow::windowActions() const
+{
+    return {ui.actionAbout_Qt,         ui.actionAbout_Ferrox,   ui.action_Quit,
+            ui.actionSolid_Mode,       ui.actionWireframe_mode, ui.actionSolid_Wireframe_mode,
+            ui.actionTake_screenshot,  ui.actionReload_Scene,   ui.actionCamera_Reset,
+            ui.actionHide_all_Widgets, ui.actionFullscreen,     ui.actionScreenShotSave};
 }
 
 void MainWindow::initialiseViewport()
@@ -46,10 +156,314 @@ void MainWindow::initialiseViewport()
     // show normally does it at once, queued layout events may delay it.
     if (!renderWidget->isValid())
         QCoreApplication::processEvents();
-    if (!renderWidget->isValid())
+    if (!renderWidget->isValid() && !startupErrorPending())
         reportStartupError(QStringLiteral("OpenGL 3.2 is required."));
-    // The material loader exists only once the viewport's GL has started.
-    applySceneSettings();
+}
+
+void MainWindow::connectTankLoader(TankLoader& loader)
+{
+    loader.window.turretRange = [this](float minimum, float maximum) {
+        setSpinRange(ui.turretRotationSpin, minimum, maximum);
+    };
+    loader.window.gunRange = [this](float minimum, float maximum) {
+        setSpinRange(ui.gunRotationSpin, minimum, maximum);
+    };
+    loader.window.addRecent = [this](const QString& name) { addTankRecent(name); };
+    connect(&loader, SIGNAL(tankLoaded()), this, SLOT(tankOptionsChanged()));
+    connect(this, SIGNAL(armorModeToggled(bool)), &loader, SLOT(armorToggle(bool)));
+}
+
+void MainWindow::setSpinRange(QDoubleSpinBox* spin, float minimum, float maximum)
+{
+    spin->setEnabled(true);
+    spin->setRange(minimum, maximum);
+    spin->setValue(0.0);
+}
+
+// ---------------------------------------------------------------- docks and layout
+
+QList<MainWindow::DockEntry> MainWindow::dockEntries() const
+{
+    return {{ui.TanksDock, "Shift + Q", "tank.png", Qt::Key_Q},
+            {ui.TankOptionsDock, "Shift + W", "tank_options.png", Qt::Key_W},
+            {ui.CamoDock, "Shift + S", "camo.png", Qt::Key_S},
+            {ui.SceneSettingsDock, "Shift + Z", "scene_settings.png", Qt::Key_Z},
+            {ui.CameraDock, "Shift + X", "camera.png", Qt::Key_X},
+            {ui.armorInspectionDock, "Shift + C", "silver_shaded.png", Qt::Key_C},
+            {ui.LogViewDock, "F11", "Log.png", Qt::Key_F11}};
+}
+
+void MainWindow::buildWindowMenu()
+{
+    for (const DockEntry& entry : dockEntries()) {
+        QAction* toggle = entry.dock->toggleViewAction();
+        const QString title = entry.dock->windowTitle();
+        toggle->setText(title + QLatin1Char('\t') + QLatin1String(entry.key));
+        toggle->setToolTip(title);
+        toggle->setIcon(QIcon(QStringLiteral(":/icons/") + QLatin1String(entry.icon)));
+        if (entry.dock == ui.LogViewDock) {
+            ui.menu_Window->addSeparator();
+            ui.WidgetToolBar->addSeparator();
+        }
+        ui.menu_Window->addAction(toggle);
+        ui.WidgetToolBar->addAction(toggle);
+    }
+    ui.menu_Window->addSeparator();
+    saveLayoutAction =
+        new QAction(QIcon(QStringLiteral(":/icons/floppy-32.png")), tr("Save Layout"), this);
+    saveLayoutAction->setObjectName(QStringLiteral("saveLayoutAction"));
+    loadDefaultLayoutAction =
+        new QAction(QIcon(QStringLiteral(":/icons/fileopen.png")), tr("Load default layout"), this);
+    loadDefaultLayoutAction->setObjectName(QStringLiteral("loadDefaultLayoutAction"));
+    ui.menu_Window->addAction(saveLayoutAction);
+    ui.menu_Window->addAction(loadDefaultLayoutAction);
+    connect(saveLayoutAction, SIGNAL(triggered()), this, SLOT(saveLayout()));
+    connect(loadDefaultLayoutAction, SIGNAL(triggered()), this, SLOT(loadDefaultLayout()));
+}
+
+QString MainWindow::userLayoutPath()
+{
+    return QDir::toNativeSeparators(userDirectory() + QStringLiteral("/user.layout"));
+}
+
+QString MainWindow::defaultLayoutPath()
+{
+    return QLatin1String(Ferrox::DataDirectory) + QStringLiteral("default.layout");
+}
+
+QString MainWindow::recentListPath()
+{
+    return QDir::toNativeSeparators(userDirectory() + QStringLiteral("/recent.list"));
+}
+
+namespace {
+void restoreLayout(QMainWindow& window, const QString& path)
+{
+    QSettings layout(path, QSettings::IniFormat);
+    window.restoreState(layout.value(WindowStateKey).toByteArray(), 0);
+}
+} // namespace
+
+void MainWindow::restoreStartLayout()
+{
+    if (QFile::exists(userLayoutPath())) {
+        restoreLayout(*this, userLayoutPath());
+        Log::log(QStringLiteral("Loaded layout file: user.layout"), Log::Info);
+    } else if (QFile::exists(defaultLayoutPath())) {
+        restoreLayout(*this, defaultLayoutPath());
+        Log::log(QStringLiteral("Loaded layout file: default.layout"), Log::Info);
+    } else {
+        ui.CameraDock->hide();
+        ui.armorInspectionDock->hide();
+        ui.LogViewDock->hide();
+        tabifyDockWidget(ui.TanksDock, ui.TankOptionsDock);
+        tabifyDockWidget(ui.TankOptionsDock, ui.CamoDock);
+        tabifyDockWidget(ui.CamoDock, ui.SceneSettingsDock);
+        ui.TanksDock->raise();
+        Log::log(QStringLiteral("Could not locate default.layout"), Log::Warning);
+    }
+}
+
+void MainWindow::saveLayout()
+{
+    QSettings layout(userLayoutPath(), QSettings::IniFormat);
+    layout.setValue(WindowStateKey, saveState(0));
+    layout.sync();
+    Log::log(QStringLiteral("Saved window layout"), Log::Info);
+    showOk(false, this, tr("Saved window layout"));
+}
+
+void MainWindow::loadDefaultLayout()
+{
+    if (QFile::exists(defaultLayoutPath()))
+        restoreLayout(*this, defaultLayoutPath());
+    ui.armorDock->hide();
+    showOk(false, this, tr("Restored default layout"));
+}
+
+void MainWindow::toggleDock(QDockWidget* dock)
+{
+    const bool tabbed = !tabifiedDockWidgets(dock).isEmpty();
+    const bool visible = dock->property(Ferrox::VisibilityProperty).toBool();
+    if (tabbed && !visible) {
+        // Behind another tab: bring it to the front.
+        dock->raise();
+        return;
+    }
+    dock->toggleViewAction()->trigger();
+    if (!visible)
+        dock->raise();
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (!isFullScreen()) {
+        for (const DockEntry& entry : dockEntries()) {
+            if (event->key() != entry.shortcut)
+                continue;
+            if (entry.shortcut == Qt::Key_F11 || event->modifiers() == Qt::ShiftModifier)
+                toggleDock(entry.dock);
+        }
+    }
+    if (event->key() == Qt::Key_Escape)
+        ui.actionFullscreen->setChecked(false);
+    const bool alt = event->modifiers() & Qt::AltModifier;
+    if (alt && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        ui.actionFullscreen->setChecked(true);
+    QWidget::keyPressEvent(event);
+}
+
+void MainWindow::toggleAllDocks(bool hide)
+{
+    if (!hide) {
+        restoreState(hideDocksState);
+        return;
+    }
+    hideDocksState = saveState();
+    for (QDockWidget* dock :
+         {static_cast<QDockWidget*>(ui.TanksDock), static_cast<QDockWidget*>(ui.TankOptionsDock),
+          static_cast<QDockWidget*>(ui.CamoDock), static_cast<QDockWidget*>(ui.SceneSettingsDock),
+          static_cast<QDockWidget*>(ui.CameraDock), static_cast<QDockWidget*>(ui.LogViewDock),
+          static_cast<QDockWidget*>(ui.armorInspectionDock)})
+        dock->hide();
+}
+
+void MainWindow::toggleFullscreen(bool on)
+{
+    if (on) {
+        fullscreenState = saveState();
+        statusBar()->hide();
+        menuBar()->hide();
+        docksHiddenBeforeFullscreen = ui.actionHide_all_Widgets->isChecked();
+        if (!docksHiddenBeforeFullscreen)
+            ui.actionHide_all_Widgets->setChecked(true);
+        ui.MainToolBar->hide();
+        ui.WidgetToolBar->hide();
+        showFullScreen();
+        return;
+    }
+    showMaximized();
+    statusBar()->show();
+    menuBar()->show();
+    if (!docksHiddenBeforeFullscreen)
+        ui.actionHide_all_Widgets->setChecked(false);
+    restoreState(fullscreenState);
+}
+
+void MainWindow::updateLogWidget()
+{
+    const Log* log = Log::instance();
+    if (!log)
+        return;
+    ui.LogAllText->setPlainText(log->allText);
+    ui.LogErrorText->setPlainText(log->text(Log::Error));
+    ui.LogWarningText->setPlainText(log->text(Log::Warning));
+    for (QTextEdit* text : {ui.LogAllText, ui.LogErrorText, ui.LogWarningText})
+        text->verticalScrollBar()->setValue(text->verticalScrollBar()->maximum());
+}
+
+// ---------------------------------------------------------------- later work
+
+void MainWindow::aboutQt()
+{
+    QMessageBox::aboutQt(this, QString());
+}
+
+void MainWindow::aboutViewer()
+{
+    notThereYet("About Ferrox");
+}
+
+void MainWindow::aboutHelp()
+{
+    notThereYet("Ferrox Help");
+}
+
+void MainWindow::showPreferences()
+{
+    notThereYet("Preferences");
+}
+
+void MainWindow::takeScreenshot()
+{
+    notThereYet("Take Screenshot");
+}
+
+void MainWindow::takeScreenshotFile()
+{
+    notThereYet("Save Screenshot to file");
+}
+
+void MainWindow::openScreenshotDir()
+{
+    notThereYet("Open Screenshot Directory");
+}
+
+void MainWindow::showScreenshot()
+{
+    notThereYet("Screen Shot Form");
+}
+
+void MainWindow::showVisualEditor()
+{
+    notThereYet("Visual Editor");
+}
+
+void MainWindow::toggleCamoEnable(bool)
+{
+    notThereYet("Camo Overlay");
+}
+
+void MainWindow::toggleCamo()
+{
+    notThereYet("Camo Tone");
+}
+
+void MainWindow::exportCamoPattern()
+{
+    notThereYet("Export Camo Pattern");
+}
+
+void MainWindow::exportCamoBake()
+{
+    notThereYet("Bake and Export");
+}
+
+void MainWindow::updateCheck()
+{
+    showOk(false, this, tr("Auto Update has been disabled"));
+}
+
+// ---------------------------------------------------------------- scene
+
+void MainWindow::changeViewportColor()
+{
+    QColorDialog dialog(renderWidget->viewportColor, this);
+    QColor color = renderWidget->viewportColor;
+    if (dialog.exec() == QDialog::Accepted)
+        color = dialog.currentColor();
+    renderWidget->setViewportColor(color);
+}
+
+void MainWindow::setViewportLabelColor(QColor color)
+{
+    color.setAlphaF(1.0f);
+    ui.ViewportColorLabel->setPalette(QPalette(color));
+    ui.ViewportColorLabel->setAutoFillBackground(true);
+}
+
+void MainWindow::ambientLightChanged(int value)
+{
+    ui.AmbientLightValue->setNum(value);
+}
+
+void MainWindow::reloadScene()
+{
+    if (!renderWidget->initialised)
+        return;
+    showStatusMessage(tr("Reloading Scene."), 0);
+    Log::log(QStringLiteral("Reloading Scene."), Log::Info);
+    emit reloadSceneItems();
 }
 
 void MainWindow::applySceneSettings()
@@ -57,12 +471,451 @@ void MainWindow::applySceneSettings()
     const Settings* settings = Settings::instance();
     if (!settings)
         return;
-    // The scene check boxes say "hide", hence the negations.
-    renderWidget->showGarage(!settings->showHangar);
-    renderWidget->showGrid(!settings->showGrid);
-    renderWidget->toggleText(!settings->showTankInfo);
-    renderWidget->toggleRenderInfo(!settings->showRenderInfo);
-    renderWidget->toggleGarage(settings->sceneSet != QLatin1String("basic"));
+    ui.AmbientLightSlider->setValue(settings->ambientLight);
+    renderWidget->changeAmbientLight();
+    // The boxes stand under "Hide Elements": checked means hidden.
+    ui.TankInfoCheckBox->setChecked(!settings->showTankInfo);
+    ui.RenderStatsCheckBox->setChecked(!settings->showRenderInfo);
+    ui.GridCheckBox->setChecked(!settings->showGrid);
+    ui.HangarCheckBox->setChecked(!settings->showHangar);
+    renderWidget->setViewportColor(settings->viewportColor);
+    if (settings->sceneSet == QLatin1String("basic"))
+        ui.BasicHangarRadioBtn->setChecked(true);
+    if (settings->lighting == QLatin1String("bumpmap"))
+        (settings->showShadows ? ui.BumpMapRadioBtn2 : ui.BumpMapRadioBtn)->setChecked(true);
+    else if (settings->lighting == QLatin1String("disabled"))
+        ui.NoLightingRadioBtn->setChecked(true);
+    // A box already in the wanted state sends no toggled(): hand the
+    // viewport the whole state once.
+    renderWidget->showGarage(ui.HangarCheckBox->isChecked());
+    renderWidget->toggleText(ui.TankInfoCheckBox->isChecked());
+    renderWidget->toggleRenderInfo(ui.RenderStatsCheckBox->isChecked());
+    renderWidget->toggleGarage(ui.PremiumHangarRadioBtn->isChecked());
+    toggleMaterial(true);
+    QMainWindow::DockOptions options = AnimatedDocks | AllowNestedDocks | AllowTabbedDocks;
+    if (settings->verticalTabs)
+        options |= VerticalTabs;
+    setDockOptions(options);
+}
+
+void MainWindow::saveSceneSettings()
+{
+    Settings* settings = Settings::instance();
+    if (!settings)
+        return;
+    settings->showShadows = ui.BumpMapRadioBtn2->isChecked();
+    settings->showTankInfo = !ui.TankInfoCheckBox->isChecked();
+    settings->showGrid = !ui.GridCheckBox->isChecked();
+    settings->showRenderInfo = !ui.RenderStatsCheckBox->isChecked();
+    settings->showHangar = !ui.HangarCheckBox->isChecked();
+    settings->ambientLight = ui.AmbientLightSlider->value();
+    settings->viewportColor = renderWidget->viewportColor;
+    settings->sceneSet =
+        ui.BasicHangarRadioBtn->isChecked() ? QStringLiteral("basic") : QStringLiteral("premium");
+    settings->lighting =
+        ui.NoLightingRadioBtn->isChecked() ? QStringLiteral("disabled") : QStringLiteral("bumpmap");
+    settings->save();
+    showOk(false, this, tr("Settings saved."));
+}
+
+void MainWindow::toggleMaterial(bool)
+{
+    if (!renderWidget->initialised)
+        return;
+    int mode = 0;
+    if (ui.NoLightingRadioBtn->isChecked())
+        mode = 1;
+    if (Settings* settings = Settings::instance())
+        settings->showShadows = ui.BumpMapRadioBtn2->isChecked();
     if (MaterialLoader* materials = MaterialLoader::instance())
-        materials->lightingMode = settings->lighting == QLatin1String("disabled") ? 1 : 0;
+        materials->lightingMode = mode;
+}
+
+void MainWindow::toggleDamagedMode(bool)
+{
+    int model = Intact;
+    if (ui.DamagedBtn->isChecked())
+        model = Destroyed;
+    else if (ui.CollisionBtn->isChecked())
+        model = Collision;
+    ui.armorDock->setVisible(model == Collision);
+    if (TankLoader* loader = TankLoader::instance()) {
+        loader->damageMode = model;
+        loader->showVisualText();
+    }
+}
+
+void MainWindow::setDrawStyle(QAction* active, bool wireframe, bool solidWire)
+{
+    if (TankLoader* loader = TankLoader::instance()) {
+        loader->wireframe = wireframe;
+        loader->solidWire = solidWire;
+    }
+    for (QAction* action :
+         {ui.actionSolid_Mode, ui.actionWireframe_mode, ui.actionSolid_Wireframe_mode}) {
+        action->setCheckable(action == active);
+        action->setChecked(action == active);
+    }
+}
+
+void MainWindow::toggleSolidMode()
+{
+    setDrawStyle(ui.actionSolid_Mode, false, false);
+}
+
+void MainWindow::toggleWireframeMode()
+{
+    setDrawStyle(ui.actionWireframe_mode, true, false);
+}
+
+void MainWindow::toggleSolidWireMode()
+{
+    setDrawStyle(ui.actionSolid_Wireframe_mode, false, true);
+}
+
+void MainWindow::toggleTextureLocation(bool modFolder)
+{
+    TankLoader* loader = TankLoader::instance();
+    if (!loader)
+        return;
+    loader->texturesFromArchives = !modFolder;
+    if (loader->loaded)
+        loader->reload();
+}
+
+void MainWindow::toggleGridTexture(bool defaultTexture)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->gridTexture = !defaultTexture;
+}
+
+void MainWindow::toggleHideChassis(bool hide)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->hideChassis = hide;
+}
+
+void MainWindow::toggleHideHull(bool hide)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->hideHull = hide;
+}
+
+void MainWindow::toggleHideTurret(bool hide)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->hideTurret = hide;
+}
+
+void MainWindow::toggleHideGun(bool hide)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->hideGun = hide;
+}
+
+// ---------------------------------------------------------------- tank list
+
+void MainWindow::showTankNames(QSqlQuery* query)
+{
+    QStringList names;
+    while (query && query->next())
+        names.append(query->value(Database::TranslatedNameColumn).toString());
+    delete query;
+    QAbstractItemModel* old = ui.mTankListView->model();
+    ui.mTankListView->setModel(new QStringListModel(names, this));
+    delete old;
+}
+
+void MainWindow::updateTankList()
+{
+    const Database* database = Database::instance();
+    if (!database)
+        return;
+    const QSignalBlocker nations(ui.NationCombo), categories(ui.CatergoryCombo),
+        tiers(ui.TierCombo);
+    ui.NationCombo->clear();
+    ui.CatergoryCombo->clear();
+    ui.TierCombo->clear();
+    ui.NationCombo->addItems(database->nations);
+    ui.CatergoryCombo->addItems(database->categories);
+    ui.TierCombo->addItems(database->tiers);
+    showTankNames(database->query(ui.NationCombo->currentText(), ui.CatergoryCombo->currentText(),
+                                  ui.TierCombo->currentText()));
+}
+
+void MainWindow::updateTankList(QString text)
+{
+    if (const Database* database = Database::instance())
+        showTankNames(database->filter(
+            ui.NationCombo->currentText(), ui.CatergoryCombo->currentText(),
+            ui.TierCombo->currentText(), QLatin1Char('%') + text + QLatin1Char('%')));
+}
+
+void MainWindow::tankFilterChanged()
+{
+    updateTankList(ui.tankFilter->text());
+}
+
+void MainWindow::loadTank()
+{
+    renderWidget->overlay.dirty = true;
+    renderWidget->rayLines.clear();
+    ui.armorResultsText->clear();
+    const QVariant name = ui.mTankListView->currentIndex().data(Qt::DisplayRole);
+    if (!name.isValid()) {
+        showOk(true, this, commonMessages ? commonMessages->selectTank : QString());
+        return;
+    }
+    TankLoader* loader = TankLoader::instance();
+    if (!loader || !loader->load(name.toString())) {
+        showOk(true, this, tr("Failed to load tank: ") + name.toString());
+        return;
+    }
+    // The turret stands at heading 0 after a load, within the front arc.
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    const Gun* gun = chooser ? chooser->currentGun() : nullptr;
+    if (gun && anyNonZero(gun->front))
+        ui.gunRotationSpin->setRange(-gun->front[1], -gun->front[0]);
+}
+
+void MainWindow::tankOptionsChanged()
+{
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    if (!chooser)
+        return;
+    ui.turretComboBox->clear();
+    ui.gunComboBox->clear();
+    // Copied: the boxes' signals reload turret and gun, which may change the list.
+    const QVector<Turret> turrets = chooser->turrets;
+    for (const Turret& turret : turrets)
+        ui.turretComboBox->addItem(turret.name);
+    if (!turrets.isEmpty())
+        turretListChanged(turrets.first().name);
+}
+
+void MainWindow::turretListChanged(QString name)
+{
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    if (!chooser)
+        return;
+    ui.gunComboBox->clear();
+    const QVector<Turret> turrets = chooser->turrets;
+    for (const Turret& turret : turrets) {
+        if (turret.name != name)
+            continue;
+        for (const Gun& gun : turret.guns)
+            ui.gunComboBox->addItem(gun.name);
+    }
+}
+
+void MainWindow::changeTurret(QString name)
+{
+    TankLoader* loader = TankLoader::instance();
+    if (loader && loader->loaded && !name.isEmpty())
+        loader->changeTurret(name);
+}
+
+void MainWindow::changeGun(QString name)
+{
+    TankLoader* loader = TankLoader::instance();
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    if (!loader || !loader->loaded || !chooser || !chooser->turretHasGun(name))
+        return;
+    const QString turret = ui.turretComboBox->currentText();
+    if (!turret.isEmpty() && !name.isEmpty())
+        loader->loadTurretGun(turret, name);
+}
+
+// ---------------------------------------------------------------- rotation
+
+void MainWindow::tankRotate(double angle)
+{
+    if (angle > 180) {
+        ui.tankRotationSpin->setValue(-179);
+        return;
+    }
+    if (angle < -180) {
+        ui.tankRotationSpin->setValue(179);
+        return;
+    }
+    if (TankLoader* loader = TankLoader::instance())
+        loader->setTankRotation(float(angle));
+}
+
+void MainWindow::turretRotate(double angle)
+{
+    if (angle > 180) {
+        ui.turretRotationSpin->setValue(-179);
+        return;
+    }
+    if (angle < -180) {
+        ui.turretRotationSpin->setValue(179);
+        return;
+    }
+    if (TankLoader* loader = TankLoader::instance())
+        loader->setTurretRotation(float(angle));
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    const Gun* gun = chooser ? chooser->currentGun() : nullptr;
+    if (!gun)
+        return;
+    QDoubleSpinBox* pitch = ui.gunRotationSpin;
+    pitch->setRange(gun->pitchMin, gun->pitchMax);
+    const int heading = int(std::trunc(angle));
+    const auto applyArc = [pitch](const Vector3& arc) {
+        pitch->setRange(-arc[1], -arc[0]);
+        if (pitch->value() < pitch->minimum())
+            pitch->setValue(pitch->minimum());
+    };
+    if (anyNonZero(gun->back)) {
+        // The back arc is centred on 180: headings from -180 to 0 count on
+        // from 180 to 360.
+        const int rear = heading >= -180 && heading <= 0 ? heading + 360 : heading;
+        if (rear >= int(std::trunc(180 - gun->back[2])) &&
+            rear <= int(std::trunc(180 + gun->back[2])))
+            applyArc(gun->back);
+    }
+    if (anyNonZero(gun->front) && heading >= int(std::trunc(-gun->front[2])) &&
+        heading <= int(std::trunc(gun->front[2])))
+        applyArc(gun->front);
+}
+
+void MainWindow::gunRotate(double angle)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->setGunRotation(float(angle));
+}
+
+void MainWindow::tankRotateReset()
+{
+    ui.tankRotationSpin->setValue(0.0);
+}
+
+void MainWindow::turretRotateReset()
+{
+    ui.turretRotationSpin->setValue(0.0);
+}
+
+void MainWindow::gunRotateReset()
+{
+    ui.gunRotationSpin->setValue(0.0);
+}
+
+// ---------------------------------------------------------------- recent tanks
+
+void MainWindow::loadRecentList()
+{
+    if (!QFile::exists(recentListPath()))
+        return;
+    QSettings list(recentListPath(), QSettings::IniFormat);
+    recentTanks = list.value(RecentTanksKey).toStringList();
+}
+
+void MainWindow::saveRecentList() const
+{
+    if (recentTanks.isEmpty())
+        return;
+    QSettings list(recentListPath(), QSettings::IniFormat);
+    list.setValue(RecentTanksKey, recentTanks);
+}
+
+void MainWindow::refreshRecentActions()
+{
+    while (recentTanks.size() > RecentCount)
+        recentTanks.removeLast();
+    for (int i = 0; i < RecentCount; ++i) {
+        QAction* action = recentActions[i];
+        const bool used = i < recentTanks.size();
+        action->setText(used ? recentTanks[i] : QString());
+        action->setData(used ? recentTanks[i] : QString());
+        action->setVisible(used);
+    }
+}
+
+void MainWindow::addTankRecent(QString tank)
+{
+    recentTanks.removeAll(tank);
+    recentTanks.prepend(tank);
+    refreshRecentActions();
+}
+
+void MainWindow::_loadTankFromRecent()
+{
+    const auto* action = qobject_cast<QAction*>(sender());
+    if (!action)
+        return;
+    const QString name = action->data().toString();
+    ui.tankFilter->clear();
+    QAbstractItemView* list = ui.mTankListView;
+    if (list->currentIndex().data(Qt::DisplayRole).toString() == name) {
+        loadTank();
+        return;
+    }
+    const QModelIndexList hits = list->model()->match(list->model()->index(0, 0), Qt::DisplayRole,
+                                                      name, 1, Qt::MatchStartsWith | Qt::MatchWrap);
+    if (hits.isEmpty()) {
+        Log::log(QStringLiteral("Could not find tank: ") + name, Log::Warning);
+        showOk(true, this, tr("Could not find tank: ") + name);
+        return;
+    }
+    list->setCurrentIndex(hits.first());
+    loadTank();
+}
+
+// ---------------------------------------------------------------- armour
+
+void MainWindow::toggleArmorInspector(bool val)
+{
+    emit armorModeToggled(val);
+    ui.UndamagedBtn->setChecked(true);
+    for (QRadioButton* button : {ui.UndamagedBtn, ui.DamagedBtn, ui.CollisionBtn})
+        button->setEnabled(!val);
+    ui.armorDock->setVisible(val && ui.CollisionBtn_2->isChecked());
+}
+
+void MainWindow::toggleArmorInspectorMesh(bool val)
+{
+    if (TankLoader* loader = TankLoader::instance())
+        loader->armourModel = val ? Collision : Intact;
+    ui.armorDock->setVisible(val);
+}
+
+void MainWindow::armorAmmoChange(int index)
+{
+    const bool chemical = index == 2 || index == 3;
+    ui.shellNormalBox->setValue(chemical ? 0.0 : 2.0);
+}
+
+void MainWindow::armorCalibreChange(double)
+{
+    emitShellParamaters();
+}
+
+void MainWindow::armorNormChange(double)
+{
+    emitShellParamaters();
+}
+
+void MainWindow::emitShellParamaters()
+{
+    ShellParamaters shell;
+    shell.calibre = float(ui.shellSizeBox->value());
+    shell.normalization = float(ui.shellNormalBox->value());
+    shell.type = ui.shellCombo->currentIndex();
+    emit shellParamatersChanged(shell);
+}
+
+void MainWindow::selectArmor(ArmorSelection& selection, QTableView* table, const QModelIndex& index)
+{
+    if (!selection.toggle(index.data(Qt::DisplayRole).toFloat()))
+        table->clearSelection();
+}
+
+void MainWindow::regularArmorClicked(QModelIndex index)
+{
+    selectArmor(armorSelections.regular, ui.armorTableView, index);
+}
+
+void MainWindow::spacedArmorClicked(QModelIndex index)
+{
+    selectArmor(armorSelections.spaced, ui.spacedArmorTableView, index);
 }

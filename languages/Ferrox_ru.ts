@@ -1,0 +1,922 @@
+<?xml version='1.0' encoding='utf-8'?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ru_RU">
+    <context>
+        <name>CommonMessages</name>
+        <message>
+            <source>You must select a tank.</source>
+            <translation>Необходимо выбрать танк.</translation>
+        </message>
+        <message>
+            <source>You must select a mod folder in the application preferences.</source>
+            <translation>Необходимо выбрать папку модов в настройках программы.</translation>
+        </message>
+        <message>
+            <source>Failed to create directory</source>
+            <translation>Не удалось создать папку</translation>
+        </message>
+        <message>
+            <source>Directory already exists.</source>
+            <translation>Папка уже существует.</translation>
+        </message>
+        <message>
+            <source>Failed to extract textures</source>
+            <translation>Не удалось извлечь текстуры</translation>
+        </message>
+        <message>
+            <source>Open Directory</source>
+            <translation>Открыть папку</translation>
+        </message>
+        <message>
+            <source>Select a file</source>
+            <translation>Выберите файл</translation>
+        </message>
+        <message>
+            <source>Update</source>
+            <translation>Обновление</translation>
+        </message>
+    </context>
+    <context>
+        <name>Database</name>
+        <message>
+            <source>Could not build the database.
+Please check that your Gavrel path is correct.</source>
+            <translation>Не удалось построить базу данных.
+Проверьте, правильно ли указан путь к Gavrel.</translation>
+        </message>
+        <message>
+            <source>Rebuilding database.</source>
+            <translation>Перестроение базы данных.</translation>
+        </message>
+        <message>
+            <source>Database rebuilt.</source>
+            <translation>База данных перестроена.</translation>
+        </message>
+    </context>
+    <context>
+        <name>Environment</name>
+        <message>
+            <source>Gavrel not found</source>
+            <translation>Gavrel не найден</translation>
+        </message>
+    </context>
+    <context>
+        <name>MainWindow</name>
+        <message>
+            <source>&amp;File</source>
+            <translation>&amp;Файл</translation>
+        </message>
+        <message>
+            <source>Recent Tanks</source>
+            <translation>Недавние танки</translation>
+        </message>
+        <message>
+            <source>&amp;Edit</source>
+            <translation>&amp;Правка</translation>
+        </message>
+        <message>
+            <source>&amp;View</source>
+            <translation>&amp;Вид</translation>
+        </message>
+        <message>
+            <source>&amp;Window</source>
+            <translation>&amp;Окно</translation>
+        </message>
+        <message>
+            <source>&amp;Settings</source>
+            <translation>&amp;Настройки</translation>
+        </message>
+        <message>
+            <source>&amp;Help</source>
+            <translation>&amp;Справка</translation>
+        </message>
+        <message>
+            <source>Main Toolbar</source>
+            <translation>Основная панель</translation>
+        </message>
+        <message>
+            <source>Window Toolbar</source>
+            <translation>Панель окон</translation>
+        </message>
+        <message>
+            <source>Tanks</source>
+            <translation>Танки</translation>
+        </message>
+        <message>
+            <source>Nations:</source>
+            <translation>Нации:</translation>
+        </message>
+        <message>
+            <source>Category:</source>
+            <translation>Класс:</translation>
+        </message>
+        <message>
+            <source>Tier:</source>
+            <translation>Уровень:</translation>
+        </message>
+        <message>
+            <source>Filter:</source>
+            <translation>Фильтр:</translation>
+        </message>
+        <message>
+            <source>Load</source>
+            <translation>Загрузить</translation>
+        </message>
+        <message>
+            <source>Open Tank Directory</source>
+            <translation>Открыть папку танка</translation>
+        </message>
+        <message>
+            <source>Create Tank Directory</source>
+            <translation>Создать папку танка</translation>
+        </message>
+        <message>
+            <source>Extract Textures</source>
+            <translation>Извлечь текстуры</translation>
+        </message>
+        <message>
+            <source>Edit Diffuse Texture</source>
+            <translation>Редактировать диффузную текстуру</translation>
+        </message>
+        <message>
+            <source>Generate UV Map</source>
+            <translation>Создать UV-развёртку</translation>
+        </message>
+        <message>
+            <source>Export Tank Mesh</source>
+            <translation>Экспорт модели танка</translation>
+        </message>
+        <message>
+            <source>Tank Options</source>
+            <translation>Параметры танка</translation>
+        </message>
+        <message>
+            <source>Turret:</source>
+            <translation>Башня:</translation>
+        </message>
+        <message>
+            <source>Gun:</source>
+            <translation>Орудие:</translation>
+        </message>
+        <message>
+            <source>Hide Geometry</source>
+            <translation>Скрыть геометрию</translation>
+        </message>
+        <message>
+            <source>Chassis</source>
+            <translation>Ходовая</translation>
+        </message>
+        <message>
+            <source>Hull</source>
+            <translation>Корпус</translation>
+        </message>
+        <message>
+            <source>Turret</source>
+            <translation>Башня</translation>
+        </message>
+        <message>
+            <source>Gun</source>
+            <translation>Орудие</translation>
+        </message>
+        <message>
+            <source>Tank Mesh</source>
+            <translation>Модель танка</translation>
+        </message>
+        <message>
+            <source>Undamaged</source>
+            <translation>Целый</translation>
+        </message>
+        <message>
+            <source>Destroyed</source>
+            <translation>Уничтоженный</translation>
+        </message>
+        <message>
+            <source>Collision</source>
+            <translation>Коллизия</translation>
+        </message>
+        <message>
+            <source>Texture Location</source>
+            <translation>Источник текстур</translation>
+        </message>
+        <message>
+            <source>Mod folder</source>
+            <translation>Папка модов</translation>
+        </message>
+        <message>
+            <source>Pak File</source>
+            <translation>Архив игры</translation>
+        </message>
+        <message>
+            <source>Texture Type</source>
+            <translation>Тип текстур</translation>
+        </message>
+        <message>
+            <source>Default</source>
+            <translation>Обычные</translation>
+        </message>
+        <message>
+            <source>Grid</source>
+            <translation>Сетка</translation>
+        </message>
+        <message>
+            <source>Rotate</source>
+            <translation>Поворот</translation>
+        </message>
+        <message>
+            <source>Tank:</source>
+            <translation>Танк:</translation>
+        </message>
+        <message>
+            <source>Reset</source>
+            <translation>Сброс</translation>
+        </message>
+        <message>
+            <source>Camo</source>
+            <translation>Камуфляж</translation>
+        </message>
+        <message>
+            <source>Camo Tone</source>
+            <translation>Тон камуфляжа</translation>
+        </message>
+        <message>
+            <source>Summer</source>
+            <translation>Летний</translation>
+        </message>
+        <message>
+            <source>Desert</source>
+            <translation>Пустынный</translation>
+        </message>
+        <message>
+            <source>Winter</source>
+            <translation>Зимний</translation>
+        </message>
+        <message>
+            <source>Export Camo Pattern</source>
+            <translation>Экспорт узора камуфляжа</translation>
+        </message>
+        <message>
+            <source>Camo Overlay</source>
+            <translation>Наложение камуфляжа</translation>
+        </message>
+        <message>
+            <source>Enable</source>
+            <translation>Включить</translation>
+        </message>
+        <message>
+            <source>Disable</source>
+            <translation>Выключить</translation>
+        </message>
+        <message>
+            <source>Colors</source>
+            <translation>Цвета</translation>
+        </message>
+        <message>
+            <source>Channel 1:</source>
+            <translation>Канал 1:</translation>
+        </message>
+        <message>
+            <source>...</source>
+            <translation>...</translation>
+        </message>
+        <message>
+            <source>Channel 2:</source>
+            <translation>Канал 2:</translation>
+        </message>
+        <message>
+            <source>Channel 3:</source>
+            <translation>Канал 3:</translation>
+        </message>
+        <message>
+            <source>Channel 4:</source>
+            <translation>Канал 4:</translation>
+        </message>
+        <message>
+            <source>Bake and Export</source>
+            <translation>Запечь и экспортировать</translation>
+        </message>
+        <message>
+            <source>Scene Settings</source>
+            <translation>Настройки сцены</translation>
+        </message>
+        <message>
+            <source>Viewport Settings</source>
+            <translation>Настройки вьюпорта</translation>
+        </message>
+        <message>
+            <source>Viewport color:</source>
+            <translation>Цвет фона:</translation>
+        </message>
+        <message>
+            <source>Ambient Light:</source>
+            <translation>Рассеянный свет:</translation>
+        </message>
+        <message>
+            <source>Scene Set</source>
+            <translation>Сцена</translation>
+        </message>
+        <message>
+            <source>Basic Garage</source>
+            <translation>Обычный ангар</translation>
+        </message>
+        <message>
+            <source>Premium Garage</source>
+            <translation>Премиум-ангар</translation>
+        </message>
+        <message>
+            <source>Hide Elements</source>
+            <translation>Скрыть элементы</translation>
+        </message>
+        <message>
+            <source>Hangar</source>
+            <translation>Ангар</translation>
+        </message>
+        <message>
+            <source>Tank Info</source>
+            <translation>Сведения о танке</translation>
+        </message>
+        <message>
+            <source>Render Stats</source>
+            <translation>Статистика отрисовки</translation>
+        </message>
+        <message>
+            <source>Lighting</source>
+            <translation>Освещение</translation>
+        </message>
+        <message>
+            <source>Enabled with shadows</source>
+            <translation>Включено, с тенями</translation>
+        </message>
+        <message>
+            <source>Enabled</source>
+            <translation>Включено</translation>
+        </message>
+        <message>
+            <source>Disabled</source>
+            <translation>Выключено</translation>
+        </message>
+        <message>
+            <source>Save Settings</source>
+            <translation>Сохранить настройки</translation>
+        </message>
+        <message>
+            <source>Camera</source>
+            <translation>Камера</translation>
+        </message>
+        <message>
+            <source>Camera Options</source>
+            <translation>Параметры камеры</translation>
+        </message>
+        <message>
+            <source>Type:</source>
+            <translation>Тип:</translation>
+        </message>
+        <message>
+            <source>Perspective</source>
+            <translation>Перспектива</translation>
+        </message>
+        <message>
+            <source>Orthographic</source>
+            <translation>Ортогональная</translation>
+        </message>
+        <message>
+            <source>View:</source>
+            <translation>Вид:</translation>
+        </message>
+        <message>
+            <source>Top</source>
+            <translation>Сверху</translation>
+        </message>
+        <message>
+            <source>Bottom</source>
+            <translation>Снизу</translation>
+        </message>
+        <message>
+            <source>Left</source>
+            <translation>Слева</translation>
+        </message>
+        <message>
+            <source>Right</source>
+            <translation>Справа</translation>
+        </message>
+        <message>
+            <source>Front</source>
+            <translation>Спереди</translation>
+        </message>
+        <message>
+            <source>Back</source>
+            <translation>Сзади</translation>
+        </message>
+        <message>
+            <source>Camera Control</source>
+            <translation>Управление камерой</translation>
+        </message>
+        <message>
+            <source>Target:</source>
+            <translation>Цель:</translation>
+        </message>
+        <message>
+            <source>X</source>
+            <translation>X</translation>
+        </message>
+        <message>
+            <source>Y</source>
+            <translation>Y</translation>
+        </message>
+        <message>
+            <source>Z</source>
+            <translation>Z</translation>
+        </message>
+        <message>
+            <source>Rotation:</source>
+            <translation>Вращение:</translation>
+        </message>
+        <message>
+            <source>Auto Rotation</source>
+            <translation>Автовращение</translation>
+        </message>
+        <message>
+            <source>FOV:</source>
+            <translation>Угол обзора:</translation>
+        </message>
+        <message>
+            <source>Zoom</source>
+            <translation>Масштаб</translation>
+        </message>
+        <message>
+            <source>Zoom Level:</source>
+            <translation>Уровень масштаба:</translation>
+        </message>
+        <message>
+            <source>Save View</source>
+            <translation>Сохранить вид</translation>
+        </message>
+        <message>
+            <source>Load View</source>
+            <translation>Загрузить вид</translation>
+        </message>
+        <message>
+            <source>Reset View</source>
+            <translation>Сбросить вид</translation>
+        </message>
+        <message>
+            <source>Armor Inspector</source>
+            <translation>Инспектор брони</translation>
+        </message>
+        <message>
+            <source>Enable </source>
+            <translation>Включить </translation>
+        </message>
+        <message>
+            <source>Shell Options</source>
+            <translation>Параметры снаряда</translation>
+        </message>
+        <message>
+            <source>AP</source>
+            <translation>ББ</translation>
+        </message>
+        <message>
+            <source>APCR</source>
+            <translation>БП</translation>
+        </message>
+        <message>
+            <source>HE</source>
+            <translation>ОФ</translation>
+        </message>
+        <message>
+            <source>HEAT</source>
+            <translation>КС</translation>
+        </message>
+        <message>
+            <source>Calibre:</source>
+            <translation>Калибр:</translation>
+        </message>
+        <message>
+            <source>Normalization:</source>
+            <translation>Нормализация:</translation>
+        </message>
+        <message>
+            <source>Tank View</source>
+            <translation>Вид танка</translation>
+        </message>
+        <message>
+            <source>Textured</source>
+            <translation>С текстурами</translation>
+        </message>
+        <message>
+            <source>Results:</source>
+            <translation>Результаты:</translation>
+        </message>
+        <message>
+            <source>Log</source>
+            <translation>Журнал</translation>
+        </message>
+        <message>
+            <source>All</source>
+            <translation>Все</translation>
+        </message>
+        <message>
+            <source>Warnings</source>
+            <translation>Предупреждения</translation>
+        </message>
+        <message>
+            <source>Errors</source>
+            <translation>Ошибки</translation>
+        </message>
+        <message>
+            <source>Armor</source>
+            <translation>Броня</translation>
+        </message>
+        <message>
+            <source>Spaced armor:</source>
+            <translation>Экранная броня:</translation>
+        </message>
+        <message>
+            <source>Regular armor:</source>
+            <translation>Основная броня:</translation>
+        </message>
+        <message>
+            <source>Hide Spaced Armor</source>
+            <translation>Скрыть экраны</translation>
+        </message>
+        <message>
+            <source>About Qt...</source>
+            <translation>О Qt...</translation>
+        </message>
+        <message>
+            <source>About Ferrox...</source>
+            <translation>О программе Ferrox...</translation>
+        </message>
+        <message>
+            <source>&amp;Exit</source>
+            <translation>&amp;Выход</translation>
+        </message>
+        <message>
+            <source>Preferences...</source>
+            <translation>Параметры...</translation>
+        </message>
+        <message>
+            <source>F2</source>
+            <translation>F2</translation>
+        </message>
+        <message>
+            <source>Save Camera View...</source>
+            <translation>Сохранить вид камеры...</translation>
+        </message>
+        <message>
+            <source>F3</source>
+            <translation>F3</translation>
+        </message>
+        <message>
+            <source>Load Camera View...</source>
+            <translation>Загрузить вид камеры...</translation>
+        </message>
+        <message>
+            <source>F4</source>
+            <translation>F4</translation>
+        </message>
+        <message>
+            <source>Reset Camera View...</source>
+            <translation>Сбросить вид камеры...</translation>
+        </message>
+        <message>
+            <source>Reset Camera</source>
+            <translation>Сбросить камеру</translation>
+        </message>
+        <message>
+            <source>F5</source>
+            <translation>F5</translation>
+        </message>
+        <message>
+            <source>Solid Mode</source>
+            <translation>Сплошной режим</translation>
+        </message>
+        <message>
+            <source>F6</source>
+            <translation>F6</translation>
+        </message>
+        <message>
+            <source>Wireframe Mode</source>
+            <translation>Каркасный режим</translation>
+        </message>
+        <message>
+            <source>F7</source>
+            <translation>F7</translation>
+        </message>
+        <message>
+            <source>Solid/Wireframe Mode</source>
+            <translation>Сплошной с каркасом</translation>
+        </message>
+        <message>
+            <source>F8</source>
+            <translation>F8</translation>
+        </message>
+        <message>
+            <source>Shift+O</source>
+            <translation>Shift+O</translation>
+        </message>
+        <message>
+            <source>Shift+N</source>
+            <translation>Shift+N</translation>
+        </message>
+        <message>
+            <source>Extract Tank Textures</source>
+            <translation>Извлечь текстуры танка</translation>
+        </message>
+        <message>
+            <source>Shift+E</source>
+            <translation>Shift+E</translation>
+        </message>
+        <message>
+            <source>Edit Textures</source>
+            <translation>Редактировать текстуры</translation>
+        </message>
+        <message>
+            <source>Shift+T</source>
+            <translation>Shift+T</translation>
+        </message>
+        <message>
+            <source>Generate UV Map...</source>
+            <translation>Создать UV-развёртку...</translation>
+        </message>
+        <message>
+            <source>Shift+U</source>
+            <translation>Shift+U</translation>
+        </message>
+        <message>
+            <source>Ferrox Help...</source>
+            <translation>Справка Ferrox...</translation>
+        </message>
+        <message>
+            <source>F1</source>
+            <translation>F1</translation>
+        </message>
+        <message>
+            <source>Take Screenshot</source>
+            <translation>Снимок экрана</translation>
+        </message>
+        <message>
+            <source>F12</source>
+            <translation>F12</translation>
+        </message>
+        <message>
+            <source>Save Screenshot to file</source>
+            <translation>Сохранить снимок в файл</translation>
+        </message>
+        <message>
+            <source>Shift+F12</source>
+            <translation>Shift+F12</translation>
+        </message>
+        <message>
+            <source>Screen Shot Form</source>
+            <translation>Окно снимков</translation>
+        </message>
+        <message>
+            <source>Ctrl+F12</source>
+            <translation>Ctrl+F12</translation>
+        </message>
+        <message>
+            <source>Open Screenshot Directory</source>
+            <translation>Открыть папку снимков</translation>
+        </message>
+        <message>
+            <source>Reload Scene</source>
+            <translation>Перезагрузить сцену</translation>
+        </message>
+        <message>
+            <source>Backspace</source>
+            <translation>Backspace</translation>
+        </message>
+        <message>
+            <source>Hide all Widgets</source>
+            <translation>Скрыть все панели</translation>
+        </message>
+        <message>
+            <source>Fullscreen</source>
+            <translation>Полный экран</translation>
+        </message>
+        <message>
+            <source>Toggle Fullscreen mode</source>
+            <translation>Переключить полноэкранный режим</translation>
+        </message>
+        <message>
+            <source>Visual Editor</source>
+            <translation>Редактор visual</translation>
+        </message>
+        <message>
+            <source>Open Visual Editor</source>
+            <translation>Открыть редактор visual</translation>
+        </message>
+        <message>
+            <source>Check for Updates...</source>
+            <translation>Проверить обновления...</translation>
+        </message>
+        <message>
+            <source>Save Layout</source>
+            <translation>Сохранить раскладку</translation>
+        </message>
+        <message>
+            <source>Load default layout</source>
+            <translation>Загрузить раскладку по умолчанию</translation>
+        </message>
+        <message>
+            <source>Saved window layout</source>
+            <translation>Раскладка окна сохранена</translation>
+        </message>
+        <message>
+            <source>Restored default layout</source>
+            <translation>Восстановлена раскладка по умолчанию</translation>
+        </message>
+        <message>
+            <source>Auto Update has been disabled</source>
+            <translation>Автообновление отключено</translation>
+        </message>
+        <message>
+            <source>Reloading Scene.</source>
+            <translation>Перезагрузка сцены.</translation>
+        </message>
+        <message>
+            <source>Settings saved.</source>
+            <translation>Настройки сохранены.</translation>
+        </message>
+        <message>
+            <source>Failed to load tank: </source>
+            <translation>Не удалось загрузить танк: </translation>
+        </message>
+        <message>
+            <source>Could not find tank: </source>
+            <translation>Не удалось найти танк: </translation>
+        </message>
+    </context>
+    <context>
+        <name>MessageBoxes</name>
+        <message>
+            <source>Ok</source>
+            <translation>ОК</translation>
+        </message>
+        <message>
+            <source>No</source>
+            <translation>Нет</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+        <message>
+            <source>Abort</source>
+            <translation>Прервать</translation>
+        </message>
+        <message>
+            <source>Yes</source>
+            <translation>Да</translation>
+        </message>
+        <message>
+            <source>
+Application will now close.</source>
+            <translation>
+Программа будет закрыта.</translation>
+        </message>
+    </context>
+    <context>
+        <name>RenderWidget</name>
+        <message>
+            <source>Save Camera File</source>
+            <translation>Сохранить файл камеры</translation>
+        </message>
+        <message>
+            <source>Open Camera File</source>
+            <translation>Открыть файл камеры</translation>
+        </message>
+    </context>
+    <context>
+        <name>Settings</name>
+        <message>
+            <source>Could not locate settings file, creating a new one.
+The preferences dialog will now be shown, please make sure the Gavrel path is correct.</source>
+            <translation>Файл настроек не найден, создаётся новый.
+Сейчас откроется окно параметров; проверьте, правильно ли указан путь к Gavrel.</translation>
+        </message>
+        <message>
+            <source>Could not open settings file.</source>
+            <translation>Не удалось открыть файл настроек.</translation>
+        </message>
+        <message>
+            <source>Could not set XML content.</source>
+            <translation>Не удалось разобрать XML.</translation>
+        </message>
+    </context>
+    <context>
+        <name>TankListView</name>
+        <message>
+            <source>Context menu</source>
+            <translation>Контекстное меню</translation>
+        </message>
+        <message>
+            <source>Open tank directory</source>
+            <translation>Открыть папку танка</translation>
+        </message>
+        <message>
+            <source>Create tank directory</source>
+            <translation>Создать папку танка</translation>
+        </message>
+        <message>
+            <source>Extract all tank textures</source>
+            <translation>Извлечь все текстуры танка</translation>
+        </message>
+        <message>
+            <source>Edit tank textures</source>
+            <translation>Редактировать текстуры танка</translation>
+        </message>
+        <message>
+            <source>Generate UV Map</source>
+            <translation>Создать UV-развёртку</translation>
+        </message>
+        <message>
+            <source>Export tank mesh</source>
+            <translation>Экспорт модели танка</translation>
+        </message>
+    </context>
+    <context>
+        <name>TankLoader</name>
+        <message>
+            <source>Failed to parse xml file for tank: </source>
+            <translation>Не удалось разобрать XML-файл танка: </translation>
+        </message>
+        <message>
+            <source>Loading </source>
+            <translation>Загрузка </translation>
+        </message>
+        <message>
+            <source> Tank: </source>
+            <translation> танка: </translation>
+        </message>
+        <message>
+            <source> loaded in: </source>
+            <translation> загружен за: </translation>
+        </message>
+        <message>
+            <source> seconds</source>
+            <translation> с</translation>
+        </message>
+    </context>
+    <context>
+        <name>TextOverlay</name>
+        <message>
+            <source>Nation</source>
+            <translation>Нация</translation>
+        </message>
+        <message>
+            <source>Name</source>
+            <translation>Название</translation>
+        </message>
+        <message>
+            <source>Category</source>
+            <translation>Класс</translation>
+        </message>
+        <message>
+            <source>Tier</source>
+            <translation>Уровень</translation>
+        </message>
+        <message>
+            <source>Hit Points</source>
+            <translation>Прочность</translation>
+        </message>
+        <message>
+            <source>Avg FPS: </source>
+            <translation>Средний FPS: </translation>
+        </message>
+        <message>
+            <source>Frame Time(ms): </source>
+            <translation>Время кадра (мс): </translation>
+        </message>
+        <message>
+            <source>Tank Triangle count: </source>
+            <translation>Треугольников танка: </translation>
+        </message>
+        <message>
+            <source>Total Scene Triangle count: </source>
+            <translation>Всего треугольников сцены: </translation>
+        </message>
+    </context>
+    <context>
+        <name>main</name>
+        <message>
+            <source>Fatal Error</source>
+            <translation>Критическая ошибка</translation>
+        </message>
+    </context>
+    <context>
+        <name>Log</name>
+        <message>
+            <source>Could not create user directory,this is most likely a permissions issue.
+Please check that you have sufficient write access to: </source>
+            <translation>Не удалось создать папку пользователя, вероятно, из-за прав доступа.
+Проверьте, есть ли у вас право записи в: </translation>
+        </message>
+        <message>
+            <source>Could not open log file,this is most likely a permissions issue.
+Please check that you have sufficient write access to: </source>
+            <translation>Не удалось открыть файл журнала, вероятно, из-за прав доступа.
+Проверьте, есть ли у вас право записи в: </translation>
+        </message>
+    </context>
+</TS>

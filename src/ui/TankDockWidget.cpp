@@ -1,0 +1,3 @@
+#include "TankDockWidget.h"
+
+TankDockWidget::TankDockWidget(QWidget* parent) : KeyedDockWidget(Qt::Key_Q, false, parent) {}

@@ -1,0 +1,93 @@
+// Pictures and files made by the running window under Xvfb, for the
+// repository: the shipped default layout and the README's screenshot.
+//   capture_window --layout FILE      the window state the program ships
+//   capture_window --screenshot FILE  the window with a vehicle loaded
+
+#include "FerroxMain.h"
+#include "MainWindow.h"
+#include "MessageBoxRecorder.h"
+#include "RenderWidget.h"
+#include "TestRoot.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QStringListModel>
+#include <QTimer>
+
+#include <cstdio>
+#include <functional>
+
+namespace {
+void designLayout(MainWindow& window)
+{
+    Ui::MainWindow& ui = window.ui;
+    for (QDockWidget* dock :
+         {static_cast<QDockWidget*>(ui.TankOptionsDock),
+          static_cast<QDockWidget*>(ui.SceneSettingsDock), static_cast<QDockWidget*>(ui.CameraDock),
+          static_cast<QDockWidget*>(ui.CamoDock)}) {
+        dock->show();
+        window.tabifyDockWidget(ui.TanksDock, dock);
+    }
+    ui.LogViewDock->hide();
+    ui.armorInspectionDock->hide();
+    ui.TanksDock->raise();
+}
+
+void showVehicle(MainWindow& window)
+{
+    auto* model = qobject_cast<QStringListModel*>(window.ui.mTankListView->model());
+    const int row = model ? int(model->stringList().indexOf(QStringLiteral("Talon"))) : -1;
+    if (row < 0)
+        return;
+    window.ui.mTankListView->setCurrentIndex(model->index(row, 0));
+    window.loadTank();
+    window.ui.TankOptionsDock->raise();
+    window.ui.tankRotationSpin->setValue(-25);
+    window.ui.turretRotationSpin->setValue(-20);
+    window.ui.gunRotationSpin->setValue(5);
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3)
+        return 2;
+    const QString mode = QString::fromLocal8Bit(argv[1]);
+    const QString out = QDir::current().absoluteFilePath(QString::fromLocal8Bit(argv[2]));
+    TestRoot root;
+    QFile::remove(root.dataDirectory() + QStringLiteral("/default.layout"));
+    const QByteArray game = FERROX_SAMPLE_GAME_DIR;
+    root.writeFile(QStringLiteral("data/settings.cfg"),
+                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings><Paths><GavrelPath>" +
+                       game + "</GavrelPath><ModPath>" + game +
+                       "-mod</ModPath></Paths><RendererSystems><Renderer><ShaderDir>../data/"
+                       "shaders/glsl150</ShaderDir></Renderer></RendererSystems></Settings>\n");
+    MessageBoxRecorder boxes;
+    bool written = false;
+    StartOptions options;
+    options.applicationDirectory = root.binDirectory();
+    options.onStarted = [&](MainWindow& window) {
+        designLayout(window);
+        if (mode == QLatin1String("--layout")) {
+            QSettings layout(out, QSettings::IniFormat);
+            layout.setValue(QStringLiteral("windowState"), window.saveState(0));
+            layout.sync();
+            written = layout.status() == QSettings::NoError;
+        } else {
+            window.showNormal();
+            window.resize(1280, 800);
+            showVehicle(window);
+            // Lay out at the new size and let the viewport draw once.
+            QCoreApplication::processEvents();
+            window.renderWidget->grabFramebuffer();
+            written = window.grab().save(out);
+        }
+        QTimer::singleShot(0, &window, &QWidget::close);
+    };
+    int programArgc = 1;
+    char* programArgv[] = {argv[0], nullptr};
+    runFerrox(programArgc, programArgv, options);
+    std::printf("%s %s\n", written ? "wrote" : "failed to write", qPrintable(out));
+    return written ? 0 : 1;
+}

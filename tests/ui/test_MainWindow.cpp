@@ -1,0 +1,176 @@
+// The window's frame: dock keys, full-screen mode, layouts, the log panel
+// and the translated menus.
+
+#include "WindowFixture.h"
+
+#include "Log.h"
+
+#include <QDir>
+#include <QMenuBar>
+#include <QSettings>
+#include <QStatusBar>
+
+namespace {
+QStringList qtWarnings;
+void collectWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        qtWarnings.append(message);
+}
+
+bool shownInFront(const QDockWidget* dock)
+{
+    return dock->isVisible() && !dock->visibleRegion().isEmpty();
+}
+} // namespace
+
+TEST_F(WindowTest, DockKeysToggleDocksOnlyOutsideFullScreen)
+{
+    qtWarnings.clear();
+    qInstallMessageHandler(collectWarnings);
+    runWindow([](MainWindow& window) {
+        const std::tuple<int, Qt::KeyboardModifiers, QDockWidget*> keys[] = {
+            {Qt::Key_Q, Qt::ShiftModifier, window.ui.TanksDock},
+            {Qt::Key_W, Qt::ShiftModifier, window.ui.TankOptionsDock},
+            {Qt::Key_S, Qt::ShiftModifier, window.ui.CamoDock},
+            {Qt::Key_Z, Qt::ShiftModifier, window.ui.SceneSettingsDock},
+            {Qt::Key_X, Qt::ShiftModifier, window.ui.CameraDock},
+            {Qt::Key_C, Qt::ShiftModifier, window.ui.armorInspectionDock},
+            {Qt::Key_F11, Qt::ControlModifier, window.ui.LogViewDock},
+        };
+        for (const auto& [key, modifiers, dock] : keys) {
+            SCOPED_TRACE(dock->objectName().toStdString());
+            // Hidden or behind a tab, the key brings it to the front; in
+            // front, it hides it.
+            if (!shownInFront(dock)) {
+                QTest::keyClick(&window, Qt::Key(key), modifiers);
+                EXPECT_TRUE(shownInFront(dock));
+            }
+            QTest::keyClick(&window, Qt::Key(key), modifiers);
+            EXPECT_FALSE(dock->isVisible());
+            // Without Shift a letter is no dock key.
+            if (modifiers == Qt::ShiftModifier) {
+                QTest::keyClick(&window, Qt::Key(key));
+                EXPECT_FALSE(dock->isVisible());
+            }
+            QTest::keyClick(&window, Qt::Key(key), modifiers);
+            EXPECT_TRUE(shownInFront(dock));
+        }
+        // A dock hands its key on to the window: the Log dock's own F11
+        // and the window's both run, and hide then show it.
+        QTest::keyClick(window.ui.LogViewDock, Qt::Key_F11);
+        EXPECT_TRUE(window.ui.LogViewDock->isVisible());
+
+        QTest::keyClick(&window, Qt::Key_Return, Qt::AltModifier);
+        EXPECT_TRUE(window.isFullScreen());
+        EXPECT_TRUE(window.menuBar()->isHidden());
+        EXPECT_FALSE(window.ui.TanksDock->isVisible());
+        QTest::keyClick(&window, Qt::Key_Q, Qt::ShiftModifier);
+        EXPECT_FALSE(window.ui.TanksDock->isVisible());
+        QTest::keyClick(&window, Qt::Key_Return, Qt::AltModifier);
+        EXPECT_TRUE(window.ui.actionFullscreen->isChecked());
+        QTest::keyClick(&window, Qt::Key_Escape);
+        EXPECT_FALSE(window.isFullScreen());
+        EXPECT_FALSE(window.ui.actionHide_all_Widgets->isChecked());
+        EXPECT_TRUE(window.ui.TanksDock->isVisible());
+        EXPECT_TRUE(window.ui.MainToolBar->isVisible());
+        EXPECT_TRUE(window.statusBar()->isVisible());
+    });
+    qInstallMessageHandler(nullptr);
+    // Every connection of the form found its slot.
+    EXPECT_EQ(qtWarnings.filter(QStringLiteral("QObject::connect")), QStringList());
+}
+
+TEST_F(WindowTest, FullScreenWithHiddenDocksReturnsToHiddenDocks)
+{
+    runWindow([](MainWindow& window) {
+        window.ui.actionHide_all_Widgets->setChecked(true);
+        EXPECT_FALSE(window.ui.TanksDock->isVisible());
+        window.ui.actionFullscreen->setChecked(true);
+        window.ui.actionFullscreen->setChecked(false);
+        EXPECT_TRUE(window.ui.actionHide_all_Widgets->isChecked());
+        EXPECT_FALSE(window.ui.TanksDock->isVisible());
+        // The state saved when hiding comes back.
+        window.ui.actionHide_all_Widgets->setChecked(false);
+        EXPECT_TRUE(window.ui.TanksDock->isVisible());
+    });
+}
+
+TEST_F(WindowTest, LayoutsComeFromTheUserTheShippedFileOrTheBuiltInTabs)
+{
+    // No file at all: four docks tabbed with Tanks in front.
+    QFile::remove(root.dataDirectory() + QStringLiteral("/default.layout"));
+    runWindow([](MainWindow& window) {
+        EXPECT_EQ(window.tabifiedDockWidgets(window.ui.TanksDock).size(), 3);
+        EXPECT_TRUE(shownInFront(window.ui.TanksDock));
+        EXPECT_FALSE(window.ui.CameraDock->isVisible());
+        EXPECT_FALSE(window.ui.LogViewDock->isVisible());
+        window.ui.CameraDock->show();
+        window.saveLayoutAction->trigger();
+    });
+    EXPECT_EQ(logLines().filter(QStringLiteral("[ Warning ]")),
+              QStringList{QStringLiteral("[ Warning ] Could not locate default.layout")});
+    ASSERT_EQ(boxes.boxes.size(), 1);
+    EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Saved window layout"));
+    EXPECT_TRUE(QFile::exists(userFile(QStringLiteral("user.layout"))));
+
+    // The user's layout wins, and "Load default layout" without a shipped
+    // file restores nothing but still says so.
+    runWindow([](MainWindow& window) {
+        EXPECT_TRUE(window.ui.CameraDock->isVisible());
+        window.loadDefaultLayoutAction->trigger();
+        EXPECT_TRUE(window.ui.CameraDock->isVisible());
+    });
+    EXPECT_TRUE(logLines().contains(QStringLiteral("[ Info ] Loaded layout file: user.layout")));
+    EXPECT_EQ(boxes.boxes.last().text, QStringLiteral("Restored default layout"));
+
+    QFile::remove(userFile(QStringLiteral("user.layout")));
+    QFile::copy(QStringLiteral(FERROX_SOURCE_DIR "/data/default.layout"),
+                root.dataDirectory() + QStringLiteral("/default.layout"));
+    runWindow([](MainWindow& window) {
+        EXPECT_TRUE(shownInFront(window.ui.TanksDock));
+        EXPECT_FALSE(window.ui.LogViewDock->isVisible());
+        EXPECT_TRUE(window.ui.MainToolBar->isVisible());
+    });
+    EXPECT_TRUE(logLines().contains(QStringLiteral("[ Info ] Loaded layout file: default.layout")));
+}
+
+TEST_F(WindowTest, LogPanelShowsEachLevelInItsTab)
+{
+    runWindow([](MainWindow& window) {
+        Log::log(QStringLiteral("a warning for the panel"), Log::Warning);
+        Log::log(QStringLiteral("an error for the panel"), Log::Error);
+        const std::tuple<QTextEdit*, bool, bool> tabs[] = {
+            {window.ui.LogAllText, true, true},
+            {window.ui.LogWarningText, true, false},
+            {window.ui.LogErrorText, false, true},
+        };
+        for (const auto& [text, warning, error] : tabs) {
+            SCOPED_TRACE(text->objectName().toStdString());
+            EXPECT_EQ(text->toPlainText().contains(QStringLiteral("a warning for")), warning);
+            EXPECT_EQ(text->toPlainText().contains(QStringLiteral("an error for")), error);
+            EXPECT_TRUE(text->isReadOnly());
+        }
+        EXPECT_EQ(window.ui.tabWidget_2->currentWidget(), window.ui.LogAllText->parentWidget());
+    });
+}
+
+TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
+{
+    QDir(root.root()).mkpath(QStringLiteral("languages"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
+                            root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
+    runWindow(
+        [](MainWindow& window) {
+            const std::pair<QMenu*, const char*> menus[] = {
+                {window.ui.menu_File, "&Файл"},          {window.ui.menu_Edit, "&Правка"},
+                {window.ui.menu_View, "&Вид"},           {window.ui.menu_Window, "&Окно"},
+                {window.ui.menu_Settings, "&Настройки"}, {window.ui.menu_Help, "&Справка"},
+            };
+            for (const auto& [menu, title] : menus)
+                EXPECT_EQ(menu->title(), QString::fromUtf8(title));
+            EXPECT_EQ(window.ui.TanksDock->windowTitle(), QStringLiteral("Танки"));
+            EXPECT_EQ(window.ui.pushButton->text(), QStringLiteral("Загрузить"));
+        },
+        QStringLiteral("ru_RU"));
+}
