@@ -3,7 +3,9 @@
 #include "GlFunctions.h"
 #include "Log.h"
 #include "Material.h"
+#include "ObjExporter.h"
 #include "PrimitiveParser.h"
+#include "Settings.h"
 #include "TransformChain.h"
 
 #include <QOpenGLFunctions_3_2_Core>
@@ -183,4 +185,18 @@ void TankMesh::draw(bool hidden, int pass, Material* material, ShaderProgram* sh
         if (partType == Chassis)
             chain->pop();
     }
+}
+
+bool TankMesh::exportObj()
+{
+    const Settings* settings = Settings::instance();
+    if (!chain || !settings)
+        return false;
+    if (partType == Chassis)
+        chain->push();
+    chain->multiply(model);
+    const bool written = ObjExporter(settings->modPath).exportMesh(*this, chain->current);
+    if (partType == Chassis)
+        chain->pop();
+    return written;
 }
