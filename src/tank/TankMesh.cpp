@@ -189,8 +189,9 @@ void TankMesh::draw(bool hidden, int pass, Material* material, ShaderProgram* sh
 
 bool TankMesh::exportObj()
 {
+    // Without a mod folder the files would land beside the program.
     const Settings* settings = Settings::instance();
-    if (!chain || !settings)
+    if (!chain || !settings || settings->modPath.isEmpty())
         return false;
     if (partType == Chassis)
         chain->push();

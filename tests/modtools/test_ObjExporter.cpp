@@ -164,7 +164,11 @@ TEST_F(TankExport, FourPartsOfTheShownStateComeOutAssembledAtZeroRotation)
     EXPECT_TRUE(
         QFile::exists(scene.settings->modPath + "/vehicles/Testland/T01_Box/crash/Turret_0.obj"));
 
-    // No meshes of the collision state here: nothing is written.
+    // No mod folder, or no meshes of the collision state here: nothing is
+    // written.
+    scene.settings->modPath.clear();
+    EXPECT_FALSE(loader->exportAll());
+    EXPECT_FALSE(QDir::current().exists("vehicles"));
     loader->damageMode = Collision;
     EXPECT_FALSE(loader->exportAll());
     loader->unload();
