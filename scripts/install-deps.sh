@@ -11,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri
   python3 gettext imagemagick
+  assimp-utils librsvg2-bin qt6-image-formats-plugins
 )
 
 missing=()

@@ -437,6 +437,26 @@ void TankLoader::setGunRotation(float angle)
     gunRotation = rotate(identityMatrix(), -angle, {1, 0, 0});
 }
 
+bool TankLoader::exportAll()
+{
+    if (!loaded)
+        return false;
+    const QVector<Mesh*>* lists[] = {&chassis, &hull, &turret, &gun};
+    QVector<Mesh*> parts;
+    for (const QVector<Mesh*>* list : lists) {
+        Mesh* part = list->value(damageMode);
+        if (!part)
+            return false;
+        parts.append(part);
+    }
+    // The rotations are not on the chain: the parts come out assembled.
+    chain.reset();
+    bool written = true;
+    for (Mesh* part : parts)
+        written = part->exportObj() && written;
+    return written;
+}
+
 void TankLoader::resetChain()
 {
     chain.reset();

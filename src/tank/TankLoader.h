@@ -121,6 +121,11 @@ signals:
 
 public slots:
     bool load(QString tankName);
+    // The OBJ files of chassis, hull, turret and gun of the state shown, at
+    // zero rotation, below the mod folder. False when nothing is loaded, the
+    // state has no meshes, or a part could not be written (the other parts
+    // are written all the same).
+    bool exportAll();
     void damageModeChanged(TankModel model);
     void armorToggle(bool val);
 

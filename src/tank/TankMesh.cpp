@@ -4,7 +4,9 @@
 #include "GlFunctions.h"
 #include "Log.h"
 #include "Material.h"
+#include "ObjExporter.h"
 #include "PrimitiveParser.h"
+#include "Settings.h"
 #include "ShaderLoader.h"
 #include "TankLoader.h"
 #include "TextureLoader.h"
@@ -263,4 +265,19 @@ void TankMesh::draw(bool hidden, int pass, Material* material, ShaderProgram* sh
         if (partType == Chassis)
             chain->pop();
     }
+}
+
+bool TankMesh::exportObj()
+{
+    // Without a mod folder the files would land beside the program.
+    const Settings* settings = Settings::instance();
+    if (!chain || !settings || settings->modPath.isEmpty())
+        return false;
+    if (partType == Chassis)
+        chain->push();
+    chain->multiply(model);
+    const bool written = ObjExporter(settings->modPath).exportMesh(*this, chain->current);
+    if (partType == Chassis)
+        chain->pop();
+    return written;
 }

@@ -32,8 +32,9 @@ public:
     // a default; it becomes the joint's position.
     bool load(const QString& path, const Vector3& offset, int partType, bool perTankTextures);
     void unload() override;
-    // OBJ export comes with the exporter; until then nothing is written.
-    bool exportObj() override { return false; }
+    // Writes one OBJ file per geometry below the mod folder, placed by the
+    // chain as draw places the part (a chassis leaves the chain as it was).
+    bool exportObj() override;
     void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;
     bool reload() override;
 

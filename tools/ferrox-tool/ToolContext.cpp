@@ -42,12 +42,29 @@ void reportToStandardError()
 }
 
 const QStringList ToolArguments::valueOptions = {
-    QStringLiteral("resources"), QStringLiteral("mod"),       QStringLiteral("nation"),
-    QStringLiteral("category"),  QStringLiteral("tier"),      QStringLiteral("filter"),
-    QStringLiteral("png"),       QStringLiteral("tank-list"), QStringLiteral("out"),
-    QStringLiteral("size"),      QStringLiteral("state"),     QStringLiteral("turret"),
-    QStringLiteral("gun"),       QStringLiteral("yaw"),       QStringLiteral("turret-yaw"),
-    QStringLiteral("gun-pitch"), QStringLiteral("camera"),    QStringLiteral("camo"),
+    // clang-format off
+    QStringLiteral("resources"),
+    QStringLiteral("mod"),
+    QStringLiteral("nation"),
+    QStringLiteral("category"),
+    QStringLiteral("tier"),
+    QStringLiteral("filter"),
+    QStringLiteral("png"),
+    QStringLiteral("tank-list"),
+    QStringLiteral("out"),
+    QStringLiteral("size"),
+    QStringLiteral("state"),
+    QStringLiteral("turret"),
+    QStringLiteral("gun"),
+    QStringLiteral("yaw"),
+    QStringLiteral("turret-yaw"),
+    QStringLiteral("gun-pitch"),
+    QStringLiteral("camera"),
+    QStringLiteral("camo"),
+    QStringLiteral("format"),
+    QStringLiteral("scale"),
+    QStringLiteral("line-width"),
+    // clang-format on
 };
 
 const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),

@@ -5,6 +5,7 @@
 #include "CamoCommands.h"
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
+#include "ModToolCommands.h"
 #include "RenderCommand.h"
 #include "SettingsCommands.h"
 #include "TankCommand.h"
@@ -73,13 +74,31 @@ const Command commands[] = {
      "                                the camouflage bake of the vehicle into DIR, as\n"
      "                                \"Bake and Export\" (needs OpenGL)",
      bakeCommand},
+    {"obj",
+     "obj GAME_DIR NAME --out DIR [--state intact|destroyed|collision] [--mod DIR]\n"
+     "                                the OBJ files of the vehicle's parts below DIR\n"
+     "                                (needs OpenGL)",
+     objCommand},
+    {"uv",
+     "uv GAME_DIR NAME --out DIR [--format png|tiff|svg] [--scale 1-4] [--line-width W]\n"
+     "                                the UV template of every texture of the vehicle\n"
+     "                                (needs OpenGL)",
+     uvCommand},
+    {"extract",
+     "extract GAME_DIR NAME --mod DIR [--overwrite]\n"
+     "                                the vehicle's textures out of the archives into\n"
+     "                                the mod folder; existing files stay unless\n"
+     "                                --overwrite (needs OpenGL)",
+     extractCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    return name == QLatin1String("tank") || name == QLatin1String("render") ||
-           name == QLatin1String("bake");
+    static const QStringList names = {QStringLiteral("tank"), QStringLiteral("render"),
+                                      QStringLiteral("bake"), QStringLiteral("obj"),
+                                      QStringLiteral("uv"),   QStringLiteral("extract")};
+    return names.contains(name);
 }
 
 void printUsage()
