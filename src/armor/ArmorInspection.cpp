@@ -3,6 +3,7 @@
 #include "CollisionArmor.h"
 #include "CollisionMesh.h"
 #include "Physics.h"
+#include "RenderWidget.h"
 #include "TankLoader.h"
 #include "TurretGunChooser.h"
 
@@ -74,4 +75,19 @@ ArmorInspection* installArmorInspection(TankLoader& loader)
     ArmorInspection* installed = inspection.get();
     loader.setCollisionState(std::move(inspection));
     return installed;
+}
+
+void connectArmorViewport(RenderWidget& widget, Physics& physics)
+{
+    widget.rayFired = [&physics](const Vector3& from, const Vector3& to) {
+        physics.fireRay(from, to);
+    };
+    physics.marks.moveHitMarker = [&widget](const Vector3& position) {
+        widget.hitMarker.setPosition(position);
+    };
+    physics.marks.rayLine = [&widget](const Vector3& start, const Vector3& end) {
+        widget.rayStart = start;
+        widget.rayEnd = end;
+    };
+    physics.debugDrawer.lines = &widget.rayLines;
 }

@@ -33,3 +33,11 @@ private:
 // Gives loader its collision state and armour table; the ray world is the
 // Physics singleton, which must exist for rays to meet anything.
 ArmorInspection* installArmorInspection(TankLoader& loader);
+
+class Physics;
+class RenderWidget;
+
+// Ties the ray world to the viewport: its Ctrl + left click fires
+// physics.fireRay, and the shot's marker and line show in it; the debug
+// drawer draws into its ray lines. Call once the viewport's GL has started.
+void connectArmorViewport(RenderWidget& widget, Physics& physics);

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <QVector>
 
 // What the "Armor Inspector" dock prints for one shot: per plate, nearest
 // first, a block of paragraphs in the colour of its category with the
@@ -14,5 +15,15 @@ class ArmorReport
 {
     Q_DECLARE_TR_FUNCTIONS(ArmorWidget)
 public:
+    // One paragraph: its background colour and its text.
+    struct Paragraph
+    {
+        QString background;
+        QString text;
+    };
+
+    static QVector<Paragraph> paragraphs(const RayResultsList& results);
     static QString html(const RayResultsList& results);
+    // The same paragraphs as lines of plain text, for the command line.
+    static QString plainText(const RayResultsList& results);
 };

@@ -1,5 +1,6 @@
 #include "OffscreenVehicle.h"
 
+#include "ArmorInspection.h"
 #include "BufferManager.h"
 #include "Database.h"
 #include "MaterialLoader.h"
@@ -99,6 +100,8 @@ bool OffscreenVehicle::createManagers()
     materials = std::make_unique<MaterialLoader>();
     materials->light = &light;
     tankLoader = std::make_unique<TankLoader>();
+    if (installArmor)
+        installArmorInspection(*tankLoader);
     textures = std::make_unique<TextureLoader>();
     matrices = std::make_unique<MatrixStack>();
     materials->createDefaultMaterials();

@@ -41,6 +41,9 @@ public:
     bool load(const ToolArguments& arguments);
 
     TankLoader& loader() { return *tankLoader; }
+    // Gives the loader its collision state and armour tables (the armour
+    // inspection's), before load; the ray world is the Physics singleton.
+    bool installArmor = false;
     QString gameDirectory() const;
 
 private:

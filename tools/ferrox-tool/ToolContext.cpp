@@ -42,16 +42,34 @@ void reportToStandardError()
 }
 
 const QStringList ToolArguments::valueOptions = {
-    QStringLiteral("resources"), QStringLiteral("mod"),       QStringLiteral("nation"),
-    QStringLiteral("category"),  QStringLiteral("tier"),      QStringLiteral("filter"),
-    QStringLiteral("png"),       QStringLiteral("tank-list"), QStringLiteral("out"),
-    QStringLiteral("size"),      QStringLiteral("state"),     QStringLiteral("turret"),
-    QStringLiteral("gun"),       QStringLiteral("yaw"),       QStringLiteral("turret-yaw"),
-    QStringLiteral("gun-pitch"), QStringLiteral("camera"),
+    QStringLiteral("resources"),
+    QStringLiteral("mod"),
+    QStringLiteral("nation"),
+    QStringLiteral("category"),
+    QStringLiteral("tier"),
+    QStringLiteral("filter"),
+    QStringLiteral("png"),
+    QStringLiteral("tank-list"),
+    QStringLiteral("out"),
+    QStringLiteral("size"),
+    QStringLiteral("state"),
+    QStringLiteral("turret"),
+    QStringLiteral("gun"),
+    QStringLiteral("yaw"),
+    QStringLiteral("turret-yaw"),
+    QStringLiteral("gun-pitch"),
+    QStringLiteral("camera"),
+    // armor
+    QStringLiteral("from"),
+    QStringLiteral("to"),
+    QStringLiteral("calibre"),
+    QStringLiteral("type"),
+    QStringLiteral("norm"),
 };
 
 const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
-                                                QStringLiteral("transparent")};
+                                                QStringLiteral("transparent"),
+                                                QStringLiteral("table")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {

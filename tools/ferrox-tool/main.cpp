@@ -2,6 +2,7 @@
 // and for tests.
 
 #include "ArchiveCommands.h"
+#include "ArmorCommand.h"
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
 #include "RenderCommand.h"
@@ -55,19 +56,30 @@ const Command commands[] = {
      "                                file, parts, turrets and guns, textures (needs OpenGL)",
      tankCommand},
     {"render",
-     "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed]\n"
+     "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed|collision]\n"
      "       [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG]\n"
      "       [--camera FILE.Camera] [--no-garage] [--transparent] [--mod DIR]\n"
      "                                a picture of the vehicle as the viewport draws it\n"
      "                                (default 1024x768, the viewport's start camera;\n"
      "                                needs OpenGL)",
      renderCommand},
+    {"armor",
+     "armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z [--calibre MM] [--type AP|APCR|HE|HEAT]\n"
+     "      [--norm DEG] [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG]\n"
+     "      [--gun-pitch DEG] [--json]\n"
+     "                                one shell through the vehicle's collision models, in\n"
+     "                                the program's mirrored space, reported plate by plate\n"
+     "                                (default 88 mm AP, 2 degrees; needs OpenGL)\n"
+     "armor GAME_DIR NAME --table     the armour tables: part, material, thickness, spaced,\n"
+     "                                colour",
+     armorCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    return name == QLatin1String("tank") || name == QLatin1String("render");
+    return name == QLatin1String("tank") || name == QLatin1String("render") ||
+           name == QLatin1String("armor");
 }
 
 void printUsage()
