@@ -132,14 +132,13 @@ void CollisionMesh::buildParts()
 ArmorPart* CollisionMesh::buildPart(const MeshGeometry& geometry, const PrimitiveGroup* group,
                                     const Matrix& M)
 {
-    auto* part = new ArmorPart;
     if (!group || !groupFits(*group, geometry)) {
         Log::log(QStringLiteral("Collision model ") + path +
                      QStringLiteral(" has a plate outside its index or vertex data."),
                  Log::Warning);
-        return part;
+        return new ArmorPart;
     }
-    auto* mesh = new btTriangleMesh(true, false);
+    QVector<ArmorTriangle> triangles;
     for (qint32 t = 0; t < group->primitiveCount; ++t) {
         const qint64 first = qint64(group->startIndex) + qint64(t) * 3;
         ArmorTriangle triangle;
@@ -148,9 +147,22 @@ ArmorPart* CollisionMesh::buildPart(const MeshGeometry& geometry, const Primitiv
         const auto& [a, b, c] = triangle.corners;
         triangle.normal =
             cross({b[0] - a[0], b[1] - a[1], b[2] - a[2]}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]});
-        mesh->addTriangle(toBullet(a), toBullet(b), toBullet(c), false);
-        part->triangles.append(triangle);
+        triangles.append(triangle);
     }
+    return createPart(triangles, M);
+}
+
+ArmorPart* CollisionMesh::createPart(const QVector<ArmorTriangle>& triangles, const Matrix& M)
+{
+    auto* part = new ArmorPart;
+    if (triangles.isEmpty())
+        return part;
+    auto* mesh = new btTriangleMesh(true, false);
+    for (const ArmorTriangle& triangle : triangles) {
+        const auto& [a, b, c] = triangle.corners;
+        mesh->addTriangle(toBullet(a), toBullet(b), toBullet(c), false);
+    }
+    part->triangles = triangles;
     auto* shape = new btBvhTriangleMeshShape(mesh, true, true);
     auto* object = new btCollisionObject;
     object->setCollisionShape(shape);

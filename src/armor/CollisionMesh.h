@@ -59,6 +59,11 @@ public:
     // objects to where the part stands.
     void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;
 
+    // A plate of these triangles with its ray object placed by M (its
+    // object, shape and triangles go to Physics, if it exists); not in the
+    // world.
+    static ArmorPart* createPart(const QVector<ArmorTriangle>& triangles, const Matrix& M);
+
     // The armour record of a plate's material, by this part's kind.
     ArmorValue armorFor(const QString& name) const;
 
