@@ -291,8 +291,8 @@ RenderGeometry* Visual::buildGeometry(PrimitiveParser* parser, const QDomElement
          elementsByTag(element, QStringLiteral("primitiveGroup"))) {
         auto* group = new GroupMaterials;
         group->groupIndex = firstNumber(groupElement);
-        group->materials = materialsFor(groupElement.firstChildElement(QStringLiteral("material")),
-                                        perTankTextures);
+        group->materials = groupMaterials(
+            groupElement.firstChildElement(QStringLiteral("material")), perTankTextures);
         renderGeometry->groups.append(group);
     }
     return renderGeometry;
@@ -351,6 +351,11 @@ void Visual::unload()
     renderSets.clear();
     rootNode->clear();
     xmlText.clear();
+}
+
+QList<Material*> Visual::groupMaterials(const QDomElement& material, bool perTankTextures)
+{
+    return materialsFor(material, perTankTextures);
 }
 
 int Visual::triangleCount() const

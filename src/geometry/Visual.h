@@ -101,6 +101,9 @@ protected:
                          QVector<UvGroup>& uvGroups) const;
     RenderGeometry* buildGeometry(PrimitiveParser* parser, const QDomElement& element,
                                   MeshGeometry* geometry, bool perTankTextures);
+    // The material pair of one primitive group from its material element;
+    // a subclass reads its own kind of material.
+    virtual QList<Material*> groupMaterials(const QDomElement& material, bool perTankTextures);
     // Node trees deeper than this are cut with a warning.
     static constexpr int MaxNodeDepth = 64;
 };

@@ -15,11 +15,13 @@
 
 #include <QAbstractSlider>
 #include <QLabel>
+#include <QMatrix4x4>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions_3_2_Core>
 #include <QOpenGLVersionFunctionsFactory>
+#include <QVector4D>
 #include <QWheelEvent>
 
 #ifdef Q_OS_LINUX
@@ -498,6 +500,28 @@ void RenderWidget::armorToggle(bool val)
 }
 
 // ---------------------------------------------------------------- input
+
+void RenderWidget::fireRayHook()
+{
+    if (!rayFired || !gl)
+        return;
+    const double x = controls.lastMouseX;
+    const double y = controls.lastMouseY;
+    const int w = rect().width();
+    const int h = rect().height();
+    float depth = 1;
+    gl->glReadPixels(int(x), int(h - y), 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+
+    QMatrix4x4 viewProjection;
+    const Matrix product = matrixProduct(camera.projection, camera.view);
+    std::copy(product.begin(), product.end(), viewProjection.data());
+    const QVector4D device(float(x / w * 2 - 1), float((h - y) / h * 2 - 1), depth * 2 - 1, 1);
+    const QVector4D world = viewProjection.inverted() * device;
+    const Vector3 point{world.x() / world.w(), world.y() / world.w(), world.z() / world.w()};
+    const Vector3 direction =
+        normalised({point[0] - camera.eye[0], point[1] - camera.eye[1], point[2] - camera.eye[2]});
+    rayFired(camera.eye, {direction[0] * 1000, direction[1] * 1000, direction[2] * 1000});
+}
 
 void RenderWidget::mousePressEvent(QMouseEvent* event)
 {

@@ -50,6 +50,11 @@ public:
     using SceneLoaderMaker = std::function<QObject*(RenderWidget& widget)>;
     void addSceneLoaderMaker(SceneLoaderMaker maker) { loaderMakers.push_back(std::move(maker)); }
 
+    // Ctrl + left click in armour mode: a shell from the camera's eye (from)
+    // through the point under the cursor; to is the unit direction times
+    // 1000, not added to the eye. The armour inspection installs it.
+    std::function<void(const Vector3& from, const Vector3& to)> rayFired;
+
     // Adds a drawable to the scene; the answer removes it again.
     int addSceneDrawable(SceneDrawable drawable) { return frame.scene.add(std::move(drawable)); }
     void removeSceneDrawable(int id) { frame.scene.remove(id); }
@@ -181,8 +186,8 @@ private:
     void createSceneLoaders();
     void releaseScene();
     int shadowMapSide() const;
-    // Physics: fire a ray from the camera through the last mouse position.
-    void fireRayHook() {}
+    // Fires a ray from the camera through the last mouse position.
+    void fireRayHook();
 
     QOpenGLFunctions_3_2_Core* gl = nullptr;
     QElapsedTimer clock;

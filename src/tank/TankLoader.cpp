@@ -97,6 +97,24 @@ TankMesh* TankLoader::mesh(int part, int state) const
     return static_cast<TankMesh*>(lists[part]->value(state));
 }
 
+Mesh* TankLoader::partMesh(int part, int state) const
+{
+    const QVector<Mesh*>* lists[] = {&chassis, &hull, &turret, &gun};
+    if (part < 0 || part >= PartCount)
+        return nullptr;
+    return lists[part]->value(state);
+}
+
+void TankLoader::setCollisionState(std::unique_ptr<CollisionState> state)
+{
+    if (collision || !state)
+        return;
+    collision = std::move(state);
+    QVector<Mesh*>* lists[] = {&chassis, &hull, &turret, &gun};
+    for (int part = 0; part < PartCount; ++part)
+        lists[part]->append(collision->createMesh(part));
+}
+
 QString TankLoader::sourceName(Source source)
 {
     switch (source) {
@@ -114,9 +132,9 @@ QString TankLoader::sourceName(Source source)
 
 void TankLoader::unloadMeshes()
 {
-    for (int state = 0; state < MeshStates; ++state)
-        for (int part = 0; part < PartCount; ++part)
-            mesh(part, state)->unload();
+    for (int part = 0; part < PartCount; ++part)
+        for (int state = 0; state < chassis.size(); ++state)
+            partMesh(part, state)->unload();
 }
 
 void TankLoader::unload()
@@ -201,7 +219,8 @@ bool TankLoader::load(QString tankName)
     const Settings* settings = Settings::instance();
     if (!settings || !settings->gavrelPathValid)
         return false;
-    // The ray world of the armour inspection is emptied here once it exists.
+    if (collision)
+        collision->clearWorld();
     QElapsedTimer timer;
     timer.start();
     sharedGun = false;
@@ -240,8 +259,10 @@ bool TankLoader::load(QString tankName)
             return false;
         }
     }
-    // The collision state (loadedState 2) is loaded here with the armour
-    // inspection's collision meshes.
+    if (!loadCollisionState()) {
+        abandonLoad();
+        return false;
+    }
 
     name = tankName;
     category = database->translatedCategory(tankName);
@@ -249,9 +270,10 @@ bool TankLoader::load(QString tankName)
     nation = database->translatedNation(tankName);
     info->parse(vehicleDocument, startIndex);
     loadExclusionMasks();
-    // The vehicle's camouflage patterns and armour tables are read here
-    // once their loaders exist.
+    // The vehicle's camouflage patterns are read here once their loader
+    // exists.
     showVisualText();
+    readArmor();
 
     const float seconds = float((timer.elapsed() + 500) * 0.001);
     const QString time = QString::number(seconds, 'g', 6);
@@ -292,6 +314,32 @@ bool TankLoader::loadTurretAndGun(int state, const Turret& turretRecord, const G
            mesh(GunPart, state)
                ->load(destroyed ? gunRecord.destroyedModel : gunRecord.undamagedModel,
                       turretRecord.gunPosition, TankMesh::Gun, true);
+}
+
+bool TankLoader::loadCollisionState()
+{
+    if (!collision)
+        return true;
+    const Turret* turretRecord = chooser->currentTurret();
+    loadedState = Collision;
+    return collision->load(ChassisPart, vehicle.chassis.collisionModel, {0, 0, 0}) &&
+           collision->load(HullPart, vehicle.hull.collisionModel, vehicle.hullPosition) &&
+           turretRecord && loadCollisionTurretAndGun(*turretRecord);
+}
+
+bool TankLoader::loadCollisionTurretAndGun(const Turret& turretRecord)
+{
+    const Gun* gunRecord = turretRecord.gun(chooser->currentGunName);
+    loadedState = Collision;
+    return gunRecord &&
+           collision->load(TurretPart, turretRecord.collisionModel, turretRecord.position) &&
+           collision->load(GunPart, gunRecord->collisionModel, turretRecord.gunPosition);
+}
+
+void TankLoader::readArmor()
+{
+    if (collision)
+        collision->readArmor();
 }
 
 void TankLoader::loadExclusionMasks()
@@ -345,6 +393,8 @@ void TankLoader::loadTurretGun(const QString& turretName, const QString& gunName
                  Log::Warning);
         return;
     }
+    if (collision)
+        collision->removeFromWorld();
     // Copies: a failure empties the chooser's list.
     const Turret turretRecord = *found;
     const Gun gunCopy = *gunRecord;
@@ -353,19 +403,21 @@ void TankLoader::loadTurretGun(const QString& turretName, const QString& gunName
         if (!turretRecord.exclusionMask.isEmpty())
             textures->loadTexture(turretRecord.exclusionMask);
 
-    for (int state = 0; state < MeshStates; ++state) {
-        mesh(TurretPart, state)->unload();
-        mesh(GunPart, state)->unload();
+    for (int state = 0; state < turret.size(); ++state) {
+        partMesh(TurretPart, state)->unload();
+        partMesh(GunPart, state)->unload();
     }
-    for (int state = 0; state < MeshStates; ++state) {
-        if (!loadTurretAndGun(state, turretRecord, gunCopy)) {
-            // A vehicle without its turret or gun is not drawn.
-            abandonLoad();
-            break;
-        }
-    }
-    const TankMesh* turretMesh = mesh(TurretPart, damageMode);
-    const TankMesh* gunMesh = mesh(GunPart, damageMode);
+    bool fitted = true;
+    for (int state = 0; fitted && state < MeshStates; ++state)
+        fitted = loadTurretAndGun(state, turretRecord, gunCopy);
+    if (fitted && collision)
+        fitted = loadCollisionTurretAndGun(turretRecord);
+    // A vehicle without its turret or gun is not drawn.
+    if (!fitted)
+        abandonLoad();
+    readArmor();
+    const Mesh* turretMesh = partMesh(TurretPart, damageMode);
+    const Mesh* gunMesh = partMesh(GunPart, damageMode);
     window.setVisualText(TurretPart, turretMesh ? turretMesh->visual->xmlText : QString());
     window.setVisualText(GunPart, gunMesh ? gunMesh->visual->xmlText : QString());
     applyLimits();
@@ -394,7 +446,7 @@ bool TankLoader::reload()
 void TankLoader::showVisualText()
 {
     for (int part = 0; part < PartCount; ++part) {
-        const TankMesh* shown = mesh(part, damageMode);
+        const Mesh* shown = partMesh(part, damageMode);
         window.setVisualText(part, shown ? shown->visual->xmlText : QString());
     }
 }
@@ -415,7 +467,7 @@ int TankLoader::triangleCount() const
     const bool hidden[PartCount] = {hideChassis, hideHull, hideTurret, hideGun};
     int count = 0;
     for (int part = 0; part < PartCount; ++part) {
-        const TankMesh* shown = mesh(part, damageMode);
+        const Mesh* shown = partMesh(part, damageMode);
         if (shown && !hidden[part])
             count += shown->visual->triangleCount();
     }
@@ -463,28 +515,41 @@ void TankLoader::resetChain()
     chain.multiply(tankRotation);
 }
 
-void TankLoader::drawParts(int state, int pass, Material* material, ShaderProgram* shader)
+void TankLoader::drawParts(int state, int pass, Material* material, ShaderProgram* shader,
+                           bool allHidden)
 {
-    TankMesh* turretMesh = mesh(TurretPart, state);
-    TankMesh* gunMesh = mesh(GunPart, state);
-    mesh(ChassisPart, state)->draw(hideChassis, pass, material, shader);
-    TankMesh* hullMesh = mesh(HullPart, state);
-    hullMesh->draw(hideHull, pass, material, shader);
+    Mesh* turretMesh = partMesh(TurretPart, state);
+    Mesh* gunMesh = partMesh(GunPart, state);
+    partMesh(ChassisPart, state)->draw(allHidden || hideChassis, pass, material, shader);
+    Mesh* hullMesh = partMesh(HullPart, state);
+    hullMesh->draw(allHidden || hideHull, pass, material, shader);
     chain.multiply(aboutPivot(sum(hullMesh->offset, turretMesh->offset), turretRotation));
-    turretMesh->draw(hideTurret, pass, material, shader);
+    turretMesh->draw(allHidden || hideTurret, pass, material, shader);
     chain.multiply(aboutPivot(gunMesh->offset, gunRotation));
-    gunMesh->draw(hideGun, pass, material, shader);
+    gunMesh->draw(allHidden || hideGun, pass, material, shader);
+}
+
+void TankLoader::placeCollisionModels()
+{
+    if (!partMesh(ChassisPart, Collision))
+        return;
+    resetChain();
+    // Hidden collision meshes only move their ray objects; the colour pass
+    // is the one that places them.
+    drawParts(Collision, 1, nullptr, nullptr, true);
 }
 
 void TankLoader::render(int pass)
 {
     if (!loaded || (pass == 0 && wireframe))
         return;
-    // In armour mode the collision model is drawn by the armour inspection;
-    // the intact one as here.
     const int state = armourMode ? armourModel : damageMode;
-    if (!mesh(ChassisPart, state))
+    if (!partMesh(ChassisPart, state))
         return;
+    // With the intact model on screen the rays still meet the collision
+    // model where the vehicle stands.
+    if (armourMode && state != Collision)
+        placeCollisionModels();
     resetChain();
 
     MaterialLoader* materials = MaterialLoader::instance();

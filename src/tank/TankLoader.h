@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CollisionState.h"
 #include "Singleton.h"
 #include "TankWindowSink.h"
 #include "TransformChain.h"
@@ -9,6 +10,8 @@
 #include <QObject>
 #include <QString>
 #include <QVector>
+
+#include <memory>
 
 class Material;
 class Mesh;
@@ -72,6 +75,17 @@ public:
 
     // The mesh of a part in a state; null for a state without meshes.
     TankMesh* mesh(int part, int state) const;
+    // The same for any state, the collision state included.
+    Mesh* partMesh(int part, int state) const;
+
+    // Gives the loader its collision state (state 2 and the armour read);
+    // without one a vehicle has no collision state. Once, before a load.
+    void setCollisionState(std::unique_ptr<CollisionState> state);
+    CollisionState* collisionState() const { return collision.get(); }
+    // Puts the collision objects where the vehicle stands, with the turret
+    // and gun as turned, without drawing: what each frame of armour mode
+    // does before the intact model is drawn.
+    void placeCollisionModels();
     static QString sourceName(Source source);
 
     QString tier;
@@ -134,12 +148,18 @@ private:
     // false (with a log line and a box) when the vehicle cannot be assembled.
     bool readVehicle(const QString& tankName);
     bool loadState(int state);
+    bool loadCollisionState();
+    bool loadCollisionTurretAndGun(const Turret& turretRecord);
+    void readArmor();
     bool loadTurretAndGun(int state, const Turret& turretRecord, const Gun& gunRecord);
     void loadExclusionMasks();
     // Unloads what a failed load left, so that nothing half-built is drawn.
     void abandonLoad();
     void unloadMeshes();
-    void drawParts(int state, int pass, Material* material, ShaderProgram* shader);
+    void drawParts(int state, int pass, Material* material, ShaderProgram* shader,
+                   bool allHidden = false);
     void resetChain();
     bool failLoad(const QString& tankName, const QString& reason);
+
+    std::unique_ptr<CollisionState> collision;
 };

@@ -63,7 +63,7 @@ TEST(GameTextCommandsTest, TanksListsTheTableAsTheFilterBoxesChooseIt)
     const ToolResult all = runTool({"tanks", sampleGame}, elsewhere.path());
     ASSERT_EQ(all.exitCode, 0) << all.err.toStdString();
     const QList<QStringList> table = rows(all.out);
-    ASSERT_EQ(table.size(), 25);
+    ASSERT_EQ(table.size(), 26);
     EXPECT_EQ(column(table, 8).mid(0, 6), (QStringList{"1", "3", "5", "6", "7", "10"}));
     EXPECT_EQ(table[0], (QStringList{"1", "ardenia", "Ardenia", "A01_Talon", "Talon",
                                      "vehicles/Ardenia/A01_Talon", "lightTank", "Light Tanks", "1",

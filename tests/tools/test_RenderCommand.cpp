@@ -59,7 +59,7 @@ TEST(RenderCommandTest, RefusesWhatItCannotDoWithExitCodeOneAndWritesNothing)
          "a.png",
          "Failed to parse xml file for tank: Harrow"},
         {{"render", sampleGame, "Talon", "--out", "a.png", "--size", "0x10"}, "a.png", "--size"},
-        {{"render", sampleGame, "Talon", "--out", "a.png", "--state", "collision"},
+        {{"render", sampleGame, "Talon", "--out", "a.png", "--state", "wrecked"},
          "a.png",
          "--state"},
         {{"render", sampleGame, "Talon", "--out", "a.png", "--turret", "Nope"},

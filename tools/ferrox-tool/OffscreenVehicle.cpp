@@ -1,5 +1,6 @@
 #include "OffscreenVehicle.h"
 
+#include "ArmorInspection.h"
 #include "BufferManager.h"
 #include "CamoLoader.h"
 #include "Database.h"
@@ -106,6 +107,8 @@ bool OffscreenVehicle::createManagers()
     materials = std::make_unique<MaterialLoader>();
     materials->light = &light;
     tankLoader = std::make_unique<TankLoader>();
+    if (installArmor)
+        installArmorInspection(*tankLoader);
     textures = std::make_unique<TextureLoader>();
     matrices = std::make_unique<MatrixStack>();
     materials->createDefaultMaterials();

@@ -46,6 +46,9 @@ public:
     // exists, as the viewport does) and follow the loaded vehicle.
     bool withCamouflage = false;
     CamoLoader* camouflage() { return camo.get(); }
+    // Gives the loader its collision state and armour tables (the armour
+    // inspection's), before load; the ray world is the Physics singleton.
+    bool installArmor = false;
     QString gameDirectory() const;
 
 private:

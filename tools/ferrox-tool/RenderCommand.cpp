@@ -3,6 +3,7 @@
 #include "CamoCommands.h"
 #include "FrameRenderer.h"
 #include "OffscreenVehicle.h"
+#include "Physics.h"
 #include "Settings.h"
 #include "TankLoader.h"
 #include "ToolContext.h"
@@ -75,8 +76,10 @@ bool readState(const QString& text, int* state)
         *state = Intact;
     else if (text == QLatin1String("destroyed"))
         *state = Destroyed;
+    else if (text == QLatin1String("collision"))
+        *state = Collision;
     else
-        return fail(QStringLiteral("--state is intact or destroyed, not: ") + text);
+        return fail(QStringLiteral("--state is intact, destroyed or collision, not: ") + text);
     return true;
 }
 
@@ -278,7 +281,7 @@ int renderCommand(const ToolArguments& arguments)
     if (arguments.positional.size() != 2) {
         printError(QStringLiteral(
             "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
-            "[--state intact|destroyed] [--turret NAME] [--gun NAME] [--yaw DEG] "
+            "[--state intact|destroyed|collision] [--turret NAME] [--gun NAME] [--yaw DEG] "
             "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
             "[--transparent] [--mod DIR] [--camo SEASON:ROW]"));
         return 2;
@@ -286,10 +289,13 @@ int renderCommand(const ToolArguments& arguments)
     RenderRequest request;
     if (!readRequest(arguments, &request))
         return 1;
+    // The collision state needs the armour inspection and its ray world.
+    Physics physics;
     OffscreenVehicle vehicle;
     const QString camoChoice = arguments.option(QStringLiteral("camo"));
     vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
     request.camouflage = vehicle.withCamouflage;
+    vehicle.installArmor = request.state == Collision;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();

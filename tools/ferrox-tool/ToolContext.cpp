@@ -64,12 +64,18 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("format"),
     QStringLiteral("scale"),
     QStringLiteral("line-width"),
+    QStringLiteral("from"),
+    QStringLiteral("to"),
+    QStringLiteral("calibre"),
+    QStringLiteral("type"),
+    QStringLiteral("norm"),
     // clang-format on
 };
 
 const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
                                                 QStringLiteral("transparent"),
-                                                QStringLiteral("overwrite")};
+                                                QStringLiteral("overwrite"),
+                                                QStringLiteral("table")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {

@@ -2,6 +2,7 @@
 // and for tests.
 
 #include "ArchiveCommands.h"
+#include "ArmorCommand.h"
 #include "CamoCommands.h"
 #include "GameTextCommands.h"
 #include "GeometryCommands.h"
@@ -57,7 +58,7 @@ const Command commands[] = {
      "                                file, parts, turrets and guns, textures (needs OpenGL)",
      tankCommand},
     {"render",
-     "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed]\n"
+     "render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed|collision]\n"
      "       [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG]\n"
      "       [--camera FILE.Camera] [--no-garage] [--transparent] [--mod DIR]\n"
      "       [--camo SEASON:ROW]\n"
@@ -90,14 +91,24 @@ const Command commands[] = {
      "                                the mod folder; existing files stay unless\n"
      "                                --overwrite (needs OpenGL)",
      extractCommand},
+    {"armor",
+     "armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z [--calibre MM] [--type AP|APCR|HE|HEAT]\n"
+     "      [--norm DEG] [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG]\n"
+     "      [--gun-pitch DEG] [--json]\n"
+     "                                one shell through the vehicle's collision models, in\n"
+     "                                the program's mirrored space, reported plate by plate\n"
+     "                                (default 88 mm AP, 2 degrees; needs OpenGL)\n"
+     "armor GAME_DIR NAME --table     the armour tables: part, material, thickness, spaced,\n"
+     "                                colour",
+     armorCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    static const QStringList names = {QStringLiteral("tank"), QStringLiteral("render"),
-                                      QStringLiteral("bake"), QStringLiteral("obj"),
-                                      QStringLiteral("uv"),   QStringLiteral("extract")};
+    static const QStringList names = {
+        QStringLiteral("tank"), QStringLiteral("render"), QStringLiteral("bake"),   QStringLiteral("obj"),
+        QStringLiteral("uv"),   QStringLiteral("extract"), QStringLiteral("armor")};
     return names.contains(name);
 }
 

@@ -110,6 +110,7 @@ SAMPLE_NATIONS = (
         Vehicle("D07_Sentinel", "Sentinel", TD, 7),
         Vehicle("D09_Vulture", "Vulture", HEAVY, 9),
         Vehicle("D10_Anvil", "Anvil", TD, 10, plain_file=True),
+        Vehicle("D05_Proving_Ground", "Proving Ground", MEDIUM, 5),
     ), list_plain=True, camo_plain=True, defs_archive="vehicles_level_02.pkg",
         armor_color=(78, 88, 64, 255)),
 )
@@ -211,7 +212,14 @@ MODEL_TURRETS = {
     "A05_Harrow": [],
     "B06_Marauder": [("B06_Marauder_Turret", "Turret_01", [])],
 }
-BORROWED_MODELS = {"A05_Harrow": "A01_Talon", "B06_Marauder": "B01_Kestrel"}
+BORROWED_MODELS = {"A05_Harrow": "A01_Talon", "B06_Marauder": "B01_Kestrel",
+                   "D05_Proving_Ground": "D02_Ironmoth"}
+# Its hull is a row of plates at known angles (degrees between the plate's
+# normal and the vehicle's forward axis) and thicknesses, with a collision
+# model of its own; the other parts are those of the vehicle it borrows.
+PROVING_GROUND = "D05_Proving_Ground"
+PROVING_GROUND_PLATES = [("plate_45", 100, 45), ("plate_75", 100, 75),
+                         ("plate_75_heavy", 200, 75)]
 # Translations that differ from "<name> turret" and "<name> gun N".
 TURRET_TEXTS = {"B01_Kestrel_Turret_Early": "Kestrel turret",
                 "C02_Basilisk_Turret_Mod": "Basilisk turret (mod)"}
@@ -280,8 +288,15 @@ def vehicle_tree(nation, vehicle, mod=False):
             ("armor_2", Floats(15.0 + 4 * tier)),
             # spaced armour: a value of its own and a child element
             ("armor_3", Element(8 + tier, {"vehicleDamageFactor": 0})),
+            # spaced, as thick as a regular plate; and the surveying device
+            ("armor_4", Element(20 + 5 * tier, {"vehicleDamageFactor": 0})),
+            ("surveyingDevice", 5),
         ]),
     }
+    if vehicle.model == PROVING_GROUND:
+        hull["armor"] = {name: thickness for name, thickness, _ in PROVING_GROUND_PLATES}
+        hull["hitTester"] = hit_tester(
+            "Hull", f"{nation.data_path}/{vehicle.model}/collision_client/Hull.model")
     if vehicle.model == HULL_MASK_VEHICLE:
         hull["camouflage"] = camouflage("Hull")
     chassis_collision = None

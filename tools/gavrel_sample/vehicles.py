@@ -4,6 +4,7 @@ import math
 import zlib
 
 from . import geometry as gavrel_geometry
+from .collision import collision_model_files, proving_ground_files
 from .archives import DEFLATED, STORED, Member
 from .models import (flag_property, material, model_file, node, primitives_bytes,
                      texture_property, visual_tree, xml_file)
@@ -259,7 +260,10 @@ def tank_members(archive, nation, tank):
     """Model parts of one vehicle (.primitives deflated, .visual and .model
     stored) and the textures they name, beside them in the same archive."""
     members = []
-    for path, data in vehicle_model_files(nation, tank) + vehicle_texture_files(nation, tank):
+    collision = collision_model_files(tank_folder(nation, tank),
+                                      [p[0] for p in vehicle_parts(tank)])
+    for path, data in (vehicle_model_files(nation, tank) + vehicle_texture_files(nation, tank)
+                       + collision):
         compress = DEFLATED if path.endswith(".primitives") else STORED
         members.append(Member(path, data, compress))
     return members
@@ -269,6 +273,9 @@ def vehicles_level_members(archive, tanks):
     members = []
     for nation, tank in tanks:
         members += tank_members(archive, nation, tank)
+    if archive == PROVING_GROUND_ARCHIVE:
+        members += [Member(path, data, DEFLATED if path.endswith(".primitives") else STORED)
+                    for path, data in proving_ground_files("vehicles/Drevnia")]
     return members
 
 
@@ -283,6 +290,10 @@ EXTRA_MODEL_FOLDERS = {"vehicles_level_02.pkg": [("Caldera", "C03_Wyvern")]}
 # The heavy vehicle of --scale: the parts 64 times finer a side, and large
 # uncompressed diffuse maps, for a benchmark of loading one vehicle.
 HEAVY_DETAIL = 64
+# Its collision models: 88 x 16 x 16 triangles, over 20,000.
+HEAVY_COLLISION_DETAIL = 16
+# The archive of the vehicle whose models the proving ground borrows.
+PROVING_GROUND_ARCHIVE = "vehicles_level_02.pkg"
 HEAVY_TEXTURE_SIZE = 2048
 
 
@@ -290,7 +301,10 @@ def heavy_members(data_name, model):
     """Members of the heavy vehicle, model folder vehicles/<data_name>/<model>."""
     colour = NATION_COLOURS["Ardenia"]
     members = [Member(path, data, DEFLATED if path.endswith(".primitives") else STORED)
-               for path, data in vehicle_model_files(data_name, model, HEAVY_DETAIL)]
+               for path, data in vehicle_model_files(data_name, model, HEAVY_DETAIL)
+               + collision_model_files(tank_folder(data_name, model),
+                                       ["Chassis", "Hull", "Turret_01", "Gun_01"],
+                                       HEAVY_COLLISION_DETAIL)]
     for path, data in vehicle_texture_files("Ardenia", model):
         name = path.rsplit("/", 1)[-1]
         if name in ("Chassis_AM.dds", "Hull_AM.dds", "Turret_01_AM.dds"):

@@ -1,0 +1,210 @@
+#include "ArmorCommand.h"
+
+#include "ArmorInspection.h"
+#include "ArmorReport.h"
+#include "CollisionArmor.h"
+#include "OffscreenVehicle.h"
+#include "Physics.h"
+#include "TankLoader.h"
+#include "ToolContext.h"
+#include "TurretGunChooser.h"
+
+#include <QColor>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+const QStringList shellTypes = {QStringLiteral("AP"), QStringLiteral("APCR"), QStringLiteral("HE"),
+                                QStringLiteral("HEAT")};
+
+struct Shot
+{
+    Vector3 from{0, 0, 0};
+    Vector3 to{0, 0, 0};
+    ShellParamaters shell;
+    float yaw = 0;
+    float turretYaw = 0;
+    float gunPitch = 0;
+};
+
+bool fail(const QString& message)
+{
+    printError(message);
+    return false;
+}
+
+bool readNumber(const ToolArguments& arguments, const char* name, float* value)
+{
+    const QString option = QLatin1String(name);
+    if (!arguments.hasOption(option))
+        return true;
+    bool ok = false;
+    *value = arguments.option(option).toFloat(&ok);
+    if (!ok || !std::isfinite(*value))
+        return fail(QStringLiteral("--") + option + QStringLiteral(" wants a number: ") +
+                    arguments.option(option));
+    return true;
+}
+
+bool readPoint(const ToolArguments& arguments, const char* name, Vector3* point)
+{
+    const QString text = arguments.option(QLatin1String(name));
+    const QStringList parts = text.split(QLatin1Char(','));
+    bool ok = parts.size() == 3;
+    for (int i = 0; ok && i < 3; ++i) {
+        (*point)[i] = parts[i].trimmed().toFloat(&ok);
+        ok = ok && std::isfinite((*point)[i]);
+    }
+    if (!ok)
+        return fail(QStringLiteral("--") + QLatin1String(name) + QStringLiteral(" wants X,Y,Z: ") +
+                    text);
+    return true;
+}
+
+bool readShot(const ToolArguments& arguments, Shot* shot)
+{
+    if (arguments.hasOption(QStringLiteral("type"))) {
+        shot->shell.type = int(shellTypes.indexOf(arguments.option(QStringLiteral("type"))));
+        if (shot->shell.type < 0)
+            return fail(QStringLiteral("--type is AP, APCR, HE or HEAT, not: ") +
+                        arguments.option(QStringLiteral("type")));
+    }
+    return readPoint(arguments, "from", &shot->from) && readPoint(arguments, "to", &shot->to) &&
+           readNumber(arguments, "calibre", &shot->shell.calibre) &&
+           readNumber(arguments, "norm", &shot->shell.normalization) &&
+           readNumber(arguments, "yaw", &shot->yaw) &&
+           readNumber(arguments, "turret-yaw", &shot->turretYaw) &&
+           readNumber(arguments, "gun-pitch", &shot->gunPitch);
+}
+
+template <typename Record>
+const Record* findNamed(const QVector<Record>& records, const QString& key)
+{
+    for (const Record& record : records)
+        if (record.name == key || record.tag == key)
+            return &record;
+    return nullptr;
+}
+
+// The turret asked for (or the present one) with the gun asked for (or
+// its first).
+bool fitTurretAndGun(TankLoader& loader, const ToolArguments& arguments)
+{
+    const QString turretKey = arguments.option(QStringLiteral("turret"));
+    const QString gunKey = arguments.option(QStringLiteral("gun"));
+    if (turretKey.isEmpty() && gunKey.isEmpty())
+        return true;
+    const Turret* turret = turretKey.isEmpty() ? loader.chooser->currentTurret()
+                                               : findNamed(loader.chooser->turrets, turretKey);
+    if (!turret)
+        return fail(QStringLiteral("No turret named: ") + turretKey);
+    const Gun* gun = gunKey.isEmpty() ? &turret->guns.first() : findNamed(turret->guns, gunKey);
+    if (!gun)
+        return fail(QStringLiteral("No gun named: ") + gunKey);
+    const QString turretName = turret->name;
+    const QString gunName = gun->name;
+    loader.loadTurretGun(turretName, gunName);
+    return loader.loaded || fail(QStringLiteral("Ferrox cannot fit ") + turretName +
+                                 QStringLiteral(" with ") + gunName);
+}
+
+QJsonArray jsonPoint(const Vector3& point)
+{
+    return {point[0], point[1], point[2]};
+}
+
+QByteArray resultsJson(const RayResultsList& results)
+{
+    QJsonArray list;
+    for (const RayResult& result : results)
+        list.append(QJsonObject{{"name", result.name},
+                                {"armor", result.armor},
+                                {"effective", result.effective},
+                                {"angle", result.angle},
+                                {"normalizedAngle", result.normalizedAngle},
+                                {"ricochet", result.ricochet},
+                                {"freeTravel", result.freeTravel},
+                                {"spaced", result.spaced},
+                                {"category", result.category},
+                                {"hitPoint", jsonPoint(result.hitPoint)}});
+    return QJsonDocument(list).toJson(QJsonDocument::Indented);
+}
+
+QString colourName(const Colour& colour)
+{
+    return QColor::fromRgbF(colour[0], colour[1], colour[2]).name();
+}
+
+QString armorTable(const CollisionArmor& armor)
+{
+    QString text;
+    auto add = [&](const char* part, const ArmorValue& value) {
+        const bool surveying = value.name.contains(QLatin1String("surveyingDevice"));
+        text += QStringLiteral("%1\t%2\t%3\t%4\t%5\n")
+                    .arg(QLatin1String(part), value.name, QString::number(value.value, 'g', 6),
+                         value.spaced ? QStringLiteral("spaced") : QStringLiteral("regular"),
+                         colourName(armor.colourFor(value.value, value.spaced, surveying)));
+    };
+    for (const ArmorValue* value : armor.chassisArmor)
+        add("chassis", *value);
+    for (const ArmorValue* value : armor.hullArmor)
+        add("hull", *value);
+    for (const OwnedArmorValue* value : armor.turretArmor)
+        add("turret", *value);
+    for (const OwnedArmorValue* value : armor.gunArmor)
+        add("gun", *value);
+    return text;
+}
+
+void print(const QByteArray& text)
+{
+    std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+}
+
+const char* usage = "usage: ferrox-tool armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z "
+                    "[--calibre MM] [--type AP|APCR|HE|HEAT] [--norm DEG] [--turret NAME] "
+                    "[--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG] [--json]\n"
+                    "       ferrox-tool armor GAME_DIR NAME --table";
+
+} // namespace
+
+int armorCommand(const ToolArguments& arguments)
+{
+    const bool table = arguments.hasOption(QStringLiteral("table"));
+    const bool shot =
+        arguments.hasOption(QStringLiteral("from")) || arguments.hasOption(QStringLiteral("to"));
+    if (arguments.positional.size() != 2 || table == shot) {
+        printError(QLatin1String(usage));
+        return 2;
+    }
+    Shot request;
+    if (shot && !readShot(arguments, &request))
+        return 1;
+    Physics physics;
+    OffscreenVehicle vehicle;
+    vehicle.installArmor = true;
+    if (!vehicle.load(arguments))
+        return 1;
+    TankLoader& loader = vehicle.loader();
+    if (!fitTurretAndGun(loader, arguments))
+        return 1;
+    if (table) {
+        print(armorTable(*CollisionArmor::instance()).toUtf8());
+        return 0;
+    }
+    loader.setTankRotation(request.yaw);
+    loader.setTurretRotation(request.turretYaw);
+    loader.setGunRotation(request.gunPitch);
+    loader.placeCollisionModels();
+    physics.setShellParamaters(request.shell);
+    physics.fireRay(request.from, request.to);
+    print(arguments.hasOption(QStringLiteral("json"))
+              ? resultsJson(physics.results)
+              : ArmorReport::plainText(physics.results).toUtf8());
+    return 0;
+}
