@@ -47,7 +47,7 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("png"),       QStringLiteral("tank-list"), QStringLiteral("out"),
     QStringLiteral("size"),      QStringLiteral("state"),     QStringLiteral("turret"),
     QStringLiteral("gun"),       QStringLiteral("yaw"),       QStringLiteral("turret-yaw"),
-    QStringLiteral("gun-pitch"), QStringLiteral("camera"),
+    QStringLiteral("gun-pitch"), QStringLiteral("camera"),    QStringLiteral("vertices"),
 };
 
 const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
