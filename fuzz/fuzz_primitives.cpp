@@ -1,8 +1,12 @@
 // .primitives containers from arbitrary bytes: the table walk must stay
 // inside the file, and every chunk it yields must hold exactly its size.
+// Every chunk then goes through the vertex decoder as a model's vertex
+// chunk would, plain or processed.
 
+#include "MeshGeometry.h"
 #include "PrimitiveParser.h"
 #include "ReadFailure.h"
+#include "VertexDecoding.h"
 
 #include <QBuffer>
 #include <QByteArray>
@@ -11,6 +15,23 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
+
+namespace {
+void decodeAsVertices(const QByteArray& chunk)
+{
+    VertexChunkHeader header;
+    if (!readVertexChunkHeader(chunk, header) || header.format == VertexFormat::Unknown)
+        return;
+    header.vertexCount = vertexRecordsPresent(header, chunk);
+    std::vector<float> output(size_t(header.vertexCount) *
+                              size_t(glFloatsPerVertex(header.format, false)));
+    MeshGeometry geometry;
+    decodeVertices(header, chunk, {}, geometry, output.data());
+    if (geometry.positions.size() != qsizetype(header.vertexCount))
+        __builtin_trap();
+}
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -32,6 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             __builtin_trap(); // a payload is a copy of bytes that are there
         if (parser.chunk(chunk->name) == nullptr)
             __builtin_trap(); // every chunk can be found by its name
+        decodeAsVertices(chunk->data);
     }
     parser.chunk(QStringLiteral("Hull.vertices"));
     parser.chunk(QStringLiteral("uv2"));

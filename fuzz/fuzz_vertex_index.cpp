@@ -1,7 +1,7 @@
 // Index and vertex chunks from arbitrary bytes. The first byte chooses the
-// reader; for vertices, the rest is split into a vertex chunk and a uv2
-// stream. Nothing may be read outside the chunk, and the decoded lists must
-// agree with the counts reported.
+// reader; for vertices, the rest is split into a vertex chunk (plain or
+// processed) and a uv2 stream (plain or with a processed header). Nothing may be read outside the
+// chunk, and the decoded lists must agree with the counts reported.
 
 #include "IndexBuffer.h"
 #include "MeshGeometry.h"
@@ -35,21 +35,29 @@ void decodeIndices(const QByteArray& chunk)
 void decodeVertexChunk(const QByteArray& chunk, const QByteArray& streamBytes)
 {
     VertexChunkHeader header;
-    readVertexChunkHeader(chunk, header);
+    const bool readable = readVertexChunkHeader(chunk, header);
+    if (readable != header.problem.isEmpty())
+        __builtin_trap(); // a refused header says why
+    const quint32 present = vertexRecordsPresent(header, chunk);
+    // A processed chunk is read whole or not at all.
+    if (readable && header.processed() && header.format != VertexFormat::Unknown &&
+        present != header.vertexCount)
+        __builtin_trap();
     // The caller's buffer is sized by what the chunk holds, as the buffer
     // manager does.
-    header.vertexCount = vertexRecordsPresent(header, chunk);
+    header.vertexCount = present;
     QVector<Vector2> stream;
-    const bool withStream = header.format == VertexFormat::XyzNuvTb && !streamBytes.isEmpty();
+    const bool withStream = takesUvStream(header.format) && !streamBytes.isEmpty();
     ReadFailure failure;
-    if (withStream && !readUvStream(streamBytes, header.vertexCount, stream, failure) &&
+    if (withStream &&
+        !readUvStream(streamValues(streamBytes), header.vertexCount, stream, failure) &&
         !failure.failed())
         __builtin_trap(); // a short stream says why
     const int floats = glFloatsPerVertex(header.format, withStream);
     std::vector<float> output(size_t(header.vertexCount) * size_t(floats));
     MeshGeometry geometry;
     decodeVertices(header, chunk, stream, geometry, output.data());
-    if (header.format != VertexFormat::Unknown &&
+    if (readable && header.format != VertexFormat::Unknown &&
         geometry.positions.size() != qsizetype(header.vertexCount))
         __builtin_trap();
 }

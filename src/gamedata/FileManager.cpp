@@ -105,6 +105,14 @@ QIODevice* FileManager::getFile(const QString& name)
 
 QIODevice* FileManager::getFile(const QString& name, ReadFailure& failure)
 {
+    if (QIODevice* device = findFile(name, failure))
+        return device;
+    Log::log(QStringLiteral("Could not open file: ") + name, Log::Warning);
+    return nullptr;
+}
+
+QIODevice* FileManager::findFile(const QString& name, ReadFailure& failure)
+{
     if (QIODevice* device = openPlainFile(name))
         return device;
 
@@ -117,11 +125,7 @@ QIODevice* FileManager::getFile(const QString& name, ReadFailure& failure)
             openPlainFile(nativeGamePath + QLatin1String(Ferrox::ResourceFolder) + name))
         return device;
 
-    if (QIODevice* device = openArchiveFile(QDir::toNativeSeparators(name), failure))
-        return device;
-
-    Log::log(QStringLiteral("Could not open file: ") + name, Log::Warning);
-    return nullptr;
+    return openArchiveFile(QDir::toNativeSeparators(name), failure);
 }
 
 QIODevice* FileManager::openPlainFile(const QString& path)

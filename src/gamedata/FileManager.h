@@ -44,6 +44,9 @@ public:
     // The same lookups, but that failure goes to failure and no box shows.
     QIODevice* getFile(const QString& name, ReadFailure& failure);
     QIODevice* openArchiveFile(const QString& name, ReadFailure& failure);
+    // getFile's search without its warning on a miss, for callers that try
+    // another name next.
+    QIODevice* findFile(const QString& name, ReadFailure& failure);
     static QIODevice* openPlainFile(const QString& path);
     bool existsInArchives(const QString& name);
 

@@ -52,7 +52,13 @@ VertexBuffer* BufferManager::createVertexBuffer(const QString& name, const QByte
     buffers.append({buffer, name});
 
     VertexChunkHeader header;
-    readVertexChunkHeader(chunkBytes, header);
+    if (!readVertexChunkHeader(chunkBytes, header)) {
+        // Nothing of a chunk whose header does not fit is drawn: the
+        // geometry stays empty and its groups find no vertices.
+        Log::log(QStringLiteral("Vertex chunk ") + name + QStringLiteral(": ") + header.problem,
+                 Log::Warning);
+        return buffer;
+    }
     if (header.format == VertexFormat::Unknown) {
         Log::log(QStringLiteral("Vertex format not supported:") +
                      QString::fromLatin1(header.formatName),
@@ -73,7 +79,7 @@ VertexBuffer* BufferManager::createVertexBuffer(const QString& name, const QByte
         header.vertexCount = present;
     }
 
-    const bool withStream = header.format == VertexFormat::XyzNuvTb && !streamBytes.isEmpty();
+    const bool withStream = takesUvStream(header.format) && !streamBytes.isEmpty();
     buffer->setAttributes(glVertexLayout(header.format, withStream));
 
     MeshGeometry scratch;
@@ -81,7 +87,7 @@ VertexBuffer* BufferManager::createVertexBuffer(const QString& name, const QByte
     QVector<Vector2> stream;
     if (withStream) {
         ReadFailure failure;
-        readUvStream(streamBytes, header.vertexCount, stream, failure);
+        readUvStream(streamValues(streamBytes), header.vertexCount, stream, failure);
         failure.showClosingBox();
         target.uv2s += stream;
     }

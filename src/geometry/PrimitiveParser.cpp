@@ -4,6 +4,8 @@
 #include "DeviceBytes.h"
 #include "FileManager.h"
 #include "Log.h"
+#include "ModelFiles.h"
+#include "ReadFailure.h"
 
 #include <QIODevice>
 #include <QtEndian>
@@ -84,8 +86,10 @@ bool PrimitiveParser::load(const QString& path)
     QString primitivesPath = path;
     primitivesPath.replace(QLatin1String(".model"), QLatin1String(".primitives"));
 
-    FileManager* files = FileManager::instance();
-    std::unique_ptr<QIODevice> device(files ? files->getFile(primitivesPath) : nullptr);
+    ReadFailure failure;
+    std::unique_ptr<QIODevice> device(
+        openModelFile(FileManager::instance(), primitivesPath, primitivesPath, failure));
+    failure.showClosingBox();
     if (!device) {
         Log::log(QStringLiteral("Failed loading: ") + primitivesPath, Log::Warning);
         return false;

@@ -14,35 +14,54 @@ struct VertexAttribute;
 enum class VertexFormat
 {
     Unknown,
-    XyzNuv,       // "xyznuv", 32 bytes a record
-    XyzNuvTb,     // "xyznuvtb", 32 bytes
-    XyzNuvIiiWwTb // "xyznuviiiwwtb", 37 bytes
+    XyzNuv,        // "xyznuv", 32 bytes a record
+    XyzNuvTb,      // "xyznuvtb", 32 bytes
+    XyzNuvIiiWwTb, // "xyznuviiiwwtb", 37 bytes
+    XyzNuvPc,      // "set3/xyznuvpc" of processed chunks, 24 bytes
+    XyzNuvTbPc     // "set3/xyznuvtbpc" of processed chunks, 32 bytes
 };
 
 // The format named by a vertex chunk's 64-byte header, compared in lower case.
 VertexFormat vertexFormatFromName(const QByteArray& lowerCaseName);
 // Bytes of one record in the file.
 int fileStride(VertexFormat format);
+// True for the formats that carry a tangent and a binormal.
+bool hasTangents(VertexFormat format);
 
 // A packed normal, tangent or binormal: 11-bit x, 11-bit y, 10-bit z, signed,
 // scaled by 1/1023, 1/1023, 1/511. No mirroring here.
 Vector3 decodePackedVector(quint32 word);
+// The vector of the processed formats: bytes 0 to 2 are x, y, z, unsigned,
+// mapped from 0..255 onto -1..1; byte 3 is unused. No mirroring here.
+Vector3 decodeByteVector(quint32 word);
 
 // The GL attribute layout of a format (new objects for the caller to own);
-// the second uv only for "xyznuvtb" with a stream.
+// the second uv only for the tangent formats without bones, with a stream.
 QList<VertexAttribute*> glVertexLayout(VertexFormat format, bool withStream);
 // Floats per interleaved GL vertex of that layout.
 int glFloatsPerVertex(VertexFormat format, bool withStream);
+// Whether a uv2 stream goes into the layout of this format.
+bool takesUvStream(VertexFormat format);
 
-// The CPU half of a vertex chunk. Reads the header, checks every count
-// against the bytes present, decodes each record mirrored on x into
-// `output` (interleaved floats in the GL layout) and into geometry's lists.
+// The header of a vertex chunk. A plain chunk has a 64-byte format name and
+// the vertex count. A processed chunk (current clients) starts with
+// "BPVT" + the old format name and a count of 0, followed by a second
+// 64-byte name (the "set3/..." format) and the real count: its records
+// start at byte 136 and must fill the chunk exactly.
 struct VertexChunkHeader
 {
-    QByteArray formatName; // lower case
+    QByteArray formatName;  // lower case; of a processed chunk, the second name
+    QByteArray processedAs; // lower case "bpvt..." name; empty for a plain chunk
     VertexFormat format = VertexFormat::Unknown;
     quint32 vertexCount = 0; // as the file says
+    int recordOffset = 68;
+    QString problem; // why the chunk cannot be read; empty when it can
+
+    bool processed() const { return !processedAs.isEmpty(); }
 };
+// False, with header.problem set, if the chunk is too short for its header
+// or, being processed, is not exactly as long as its records. An unknown
+// format name is not a problem here: header.format says Unknown.
 bool readVertexChunkHeader(const QByteArray& chunkBytes, VertexChunkHeader& header);
 // Whole records of header.format in the chunk, at most header.vertexCount.
 quint32 vertexRecordsPresent(const VertexChunkHeader& header, const QByteArray& chunkBytes);
@@ -51,6 +70,11 @@ quint32 vertexRecordsPresent(const VertexChunkHeader& header, const QByteArray& 
 // header.vertexCount vertices; vertices beyond the data stay zero.
 bool decodeVertices(const VertexChunkHeader& header, const QByteArray& chunkBytes,
                     const QVector<Vector2>& stream, MeshGeometry& geometry, float* output);
+
+// The values of a stream chunk: a processed one ("BPVS" + stream name)
+// carries the same 136-byte double header as a processed vertex chunk,
+// which is left out here; a plain one is all values.
+QByteArray streamValues(const QByteArray& streamBytes);
 // The uv2 stream's pairs for vertexCount vertices, as many as there are;
 // false if short, with the failure recorded for the caller to show.
 bool readUvStream(const QByteArray& streamBytes, quint32 vertexCount, QVector<Vector2>& pairs,

@@ -9,8 +9,10 @@
 #include "MaterialLoader.h"
 #include "Maths.h"
 #include "MeshGeometry.h"
+#include "ModelFiles.h"
 #include "PackedXmlReader.h"
 #include "PrimitiveParser.h"
+#include "ReadFailure.h"
 #include "TextureLoader.h"
 #include "VertexBuffer.h"
 #include "XmlHelpers.h"
@@ -155,8 +157,9 @@ bool Visual::load(PrimitiveParser* parser, const QString& modelPath,
     path = modelPath;
     path.replace(QLatin1String(".model"), QLatin1String(".visual"));
 
-    FileManager* files = FileManager::instance();
-    std::unique_ptr<QIODevice> device(files ? files->getFile(path) : nullptr);
+    ReadFailure failure;
+    std::unique_ptr<QIODevice> device(openModelFile(FileManager::instance(), path, path, failure));
+    failure.showClosingBox();
     if (!device) {
         Log::log(QStringLiteral("Failed loading: ") + path, Log::Warning);
         return false;

@@ -2,7 +2,9 @@
 
 #include "BinaryReader.h"
 #include "FileManager.h"
+#include "ModelFiles.h"
 #include "PackedXmlReader.h"
+#include "ReadFailure.h"
 #include "VehicleFile.h"
 
 #include <QRegularExpression>
@@ -154,8 +156,12 @@ void TankInfo::readVisual(const QString& path)
     FileManager* files = FileManager::instance();
     if (!files || path.isEmpty())
         return;
-    std::unique_ptr<QIODevice> device(files->getFile(path));
-    const QDomDocument document = readResource(device.get(), path);
+    // Current clients keep the visual as "<name>.visual_processed".
+    ReadFailure failure;
+    QString pathInUse;
+    std::unique_ptr<QIODevice> device(openModelFile(files, path, pathInUse, failure));
+    failure.showClosingBox();
+    const QDomDocument document = readResource(device.get(), pathInUse);
     const QDomNodeList renderSets = document.elementsByTagName(QStringLiteral("renderSet"));
     for (int i = 0; i < renderSets.size(); ++i) {
         const QDomElement geometry =

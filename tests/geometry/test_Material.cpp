@@ -89,7 +89,8 @@ TEST_F(MaterialTest, PropertiesBlendRequestsAndCollisionMaterialsFillThePair)
 <property>g_useNormalPackDXT1<Bool>false</Bool></property>
 <property>diffuseMap<Texture>maps/a.dds</Texture></property>
 <property>specularMap<Texture>maps/s.dds</Texture></property>
-<property>metallicDetailMap<Texture></Texture></property>)");
+<property>metallicDetailMap<Texture></Texture></property>
+<property>excludeMaskAndAOMap<Texture>maps/ao.dds</Texture></property>)");
     Material* lit = pair.at(0);
     Material* unlit = pair.at(1);
     for (const Material* material : pair) {
@@ -105,6 +106,7 @@ TEST_F(MaterialTest, PropertiesBlendRequestsAndCollisionMaterialsFillThePair)
     EXPECT_EQ(lit->detailTile, (Vector4{1, 2, 3, 4}));
     QList<int> litSlots = lit->textures.keys();
     std::sort(litSlots.begin(), litSlots.end());
+    // The current clients' mask and AO map has no slot and loads nothing.
     EXPECT_EQ(litSlots, (QList<int>{0, 3}));
     EXPECT_EQ(unlit->textures.keys(), QList<int>{0});
     EXPECT_EQ(lit->shader, program(BumpedPbs));

@@ -186,3 +186,37 @@ TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
     writeFile(path, word(primitivesMagic) + word(0));
     EXPECT_EQ(runTool({QStringLiteral("primitives"), path}).exitCode, 1);
 }
+
+TEST(PrimitivesTool, PrintsProcessedChunksAndTheFirstVerticesAsHeld)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("p.primitives_processed"));
+    // Normal bytes (255, 0, 255), tangent (0, 0, 255), binormal (0, 255, 0).
+    QByteArray record;
+    for (float value : {1.0f, 2.0f, 3.0f})
+        primitives::appendFloat(record, value);
+    record += word(0x00FF00FF);
+    primitives::appendFloat(record, 0.25f);
+    primitives::appendFloat(record, 0.75f);
+    record += word(0x00FF0000) + word(0x0000FF00);
+    using primitives::processedHeader;
+    writeFile(
+        path,
+        container({{"p.vertices",
+                    processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2) + record + record},
+                   {"colour", processedHeader("BPVScolour", "colour", 2) + word(0) + word(0)},
+                   {"k.vertices", processedHeader("BPVTxyznuviiiwwtb", "set3/xyznuviiiwwtbpc", 1) +
+                                      QByteArray(40, '\0')}}));
+    const ToolResult result =
+        runTool({QStringLiteral("primitives"), path, QStringLiteral("--vertices"), "1"});
+    const QList<QByteArray> lines = result.out.trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 4) << result.out.constData();
+    EXPECT_EQ(lines[0], "p.vertices 200 vertices set3/xyznuvtbpc 2 processed (bpvtxyznuvtb)");
+    // Mirrored on x, as Ferrox draws it.
+    EXPECT_EQ(lines[1], "  vertex 0: position -1 2 3 normal -1 -1 1 uv 0.25 0.75 tangent 1 -1 1 "
+                        "binormal 1 1 -1");
+    EXPECT_EQ(lines[2], "colour 144 stream colour 2 values");
+    EXPECT_EQ(lines[3], "k.vertices 176 vertices set3/xyznuviiiwwtbpc 1 processed "
+                        "(bpvtxyznuviiiwwtb) unreadable: format not supported");
+    EXPECT_EQ(result.exitCode, 1);
+}

@@ -1,6 +1,7 @@
 #include "StaticMesh.h"
 
 #include "Camera.h"
+#include "DdsBuilder.h"
 #include "GlFunctions.h"
 #include "ImageCheck.h"
 #include "LogCapture.h"
@@ -10,8 +11,12 @@
 
 #include <QImage>
 #include <QOpenGLFunctions_3_2_Core>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
 
 namespace {
 
@@ -115,6 +120,110 @@ TEST_F(StaticMeshTest, MeshWithoutRenderSetsLeavesGlStateAlone)
     renderFromAbove(mesh, 16);
     EXPECT_TRUE(gl->glIsEnabled(GL_CULL_FACE));
     EXPECT_TRUE(gl->glIsEnabled(GL_BLEND));
+}
+
+// A closed drum about the y axis, radius 1 and 2 high, in the processed
+// form, its triangles turned counter-clockwise seen from outside.
+QByteArray processedDrum()
+{
+    using namespace primitives;
+    QList<Vertex> vertices;
+    QList<quint32> indices;
+    auto triangle = [&](std::array<Vertex, 3> corners, const std::array<float, 3>& outward) {
+        const auto& [a, b, c] = corners;
+        float edge1[3], edge2[3];
+        for (int i = 0; i < 3; ++i) {
+            edge1[i] = b.position[i] - a.position[i];
+            edge2[i] = c.position[i] - a.position[i];
+        }
+        const float facing = (edge1[1] * edge2[2] - edge1[2] * edge2[1]) * outward[0] +
+                             (edge1[2] * edge2[0] - edge1[0] * edge2[2]) * outward[1] +
+                             (edge1[0] * edge2[1] - edge1[1] * edge2[0]) * outward[2];
+        if (facing < 0)
+            std::swap(corners[1], corners[2]);
+        for (const Vertex& corner : corners) {
+            indices << quint32(vertices.size());
+            vertices << corner;
+        }
+    };
+    const int segments = 32;
+    for (int i = 0; i < segments; ++i) {
+        const float a0 = float(2 * M_PI * i / segments), a1 = float(2 * M_PI * (i + 1) / segments);
+        const std::array<float, 3> n0{std::cos(a0), 0, std::sin(a0)},
+            n1{std::cos(a1), 0, std::sin(a1)};
+        const Vertex low0{{n0[0], -1, n0[2]}, n0, {0, 0}}, low1{{n1[0], -1, n1[2]}, n1, {1, 0}};
+        const Vertex high0{{n0[0], 1, n0[2]}, n0, {0, 1}}, high1{{n1[0], 1, n1[2]}, n1, {1, 1}};
+        const std::array<float, 3> side{n0[0] + n1[0], 0, n0[2] + n1[2]};
+        triangle({low0, low1, high1}, side);
+        triangle({low0, high1, high0}, side);
+        for (const float y : {-1.0f, 1.0f}) {
+            const Vertex centre{{0, y, 0}, {0, y, 0}, {0.5f, 0.5f}};
+            triangle({centre, Vertex{{n0[0], y, n0[2]}, {0, y, 0}, {0, 0}},
+                      Vertex{{n1[0], y, n1[2]}, {0, y, 0}, {1, 0}}},
+                     {0, y, 0});
+        }
+    }
+    const quint32 triangles = quint32(indices.size() / 3);
+    return file({{"Drum.vertices", xyznuvpcChunk(vertices)},
+                 {"Drum.indices",
+                  indexChunk(indices, {{0, qint32(triangles), 0, qint32(vertices.size())}})},
+                 {"colour", processedHeader("BPVScolour", "colour", quint32(vertices.size())) +
+                                QByteArray(4 * vertices.size(), '\xff')},
+                 {"bsp2", QByteArray(24, '\1')},
+                 {"bsp2_materials", QByteArray("default")}});
+}
+
+TEST_F(StaticMeshTest, ProcessedModelIsBrighterOnTheSideFacingTheLight)
+{
+    GameTree game;
+    scene.settings->modPath = game.path() + QLatin1Char('/');
+    scene.settings->showShadows = false;
+    game.writeFile(QStringLiteral("drum/Drum.primitives_processed"), processedDrum());
+    game.writeFile(QStringLiteral("drum/Drum.dds"), makeDds(4, 4, 1, "DXT1", dxt1Blocks(4, 4, 1)));
+    game.writeFile(
+        QStringLiteral("drum/Drum.visual_processed"),
+        "<Drum.visual><node><identifier>Scene Root</identifier></node><renderSet>"
+        "<node>Scene Root</node><geometry><vertices>Drum.vertices</vertices>"
+        "<primitive>Drum.indices</primitive><stream>colour</stream><primitiveGroup>0<material>"
+        "<fx>shaders/std_effects/lightonly.fx</fx>"
+        "<property>diffuseMap<Texture>drum/Drum.dds</Texture></property>"
+        "</material></primitiveGroup></geometry></renderSet></Drum.visual>");
+    LogCapture log;
+    StaticMesh mesh;
+    ASSERT_TRUE(mesh.load(QStringLiteral("drum/Drum.model"), identityMatrix()));
+    EXPECT_EQ(mesh.visual->path, QStringLiteral("drum/Drum.visual_processed"));
+    // The colour stream and the bsp2 chunks are taken without a word.
+    EXPECT_TRUE(log.lines.filter(QRegularExpression("^\\[(Warning|Error)\\]")).isEmpty())
+        << log.lines.join('\n').toStdString();
+
+    // Seen from the front (+z), lit from +x, then from -x: the side towards
+    // the light is the brighter one. Normals that lost their mirroring or
+    // were read as packed words would light the wrong side or neither.
+    const int size = 96;
+    for (const float side : {1.0f, -1.0f}) {
+        SCOPED_TRACE(side);
+        scene.light.position = {20 * side, 0, 0};
+        scene.gl.makeTarget(size, size);
+        auto* gl = glFunctions();
+        gl->glViewport(0, 0, size, size);
+        gl->glEnable(GL_DEPTH_TEST);
+        gl->glClearColor(0, 0, 0, 1);
+        gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        scene.matrices->projection = perspectiveMatrix(40.0f, 1.0f, 0.5f, 50.0f);
+        scene.matrices->setView(lookAt({0, 0, 8}, {0, 0, 0}, {0, 1, 0}));
+        mesh.draw(false, 1, nullptr, nullptr);
+        const QImage image = scene.gl.target->toImage();
+        auto brightness = [&image](int x) {
+            const QImage strip = image.copy(x - 2, 40, 4, 16)
+                                     .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+            return qGray(strip.pixel(0, 0));
+        };
+        const int lit = brightness(side > 0 ? 58 : 38);
+        const int shaded = brightness(side > 0 ? 38 : 58);
+        if (!(lit > shaded + 20 && shaded > 0))
+            ADD_FAILURE() << "lit " << lit << ", shaded " << shaded << ", saved to "
+                          << saveFailedImage(image).toStdString();
+    }
 }
 
 } // namespace

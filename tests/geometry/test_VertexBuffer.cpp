@@ -194,6 +194,105 @@ TEST_F(BufferManagerTest, DamagedChunksSurvive)
     EXPECT_EQ(shortStream.positions.size(), 2);
 }
 
+TEST(VertexDecoding, ByteVectorsSpanMinusOneToOne)
+{
+    // Byte 3 plays no part.
+    EXPECT_EQ(decodeByteVector(0xFF00FF00), (Vector3{-1, 1, -1}));
+    const Vector3 middle = decodeByteVector(0x00808080);
+    for (float component : middle)
+        EXPECT_FLOAT_EQ(component, 1.0f / 255.0f);
+}
+
+// One record of each processed format: position (1, 2, 3), normal +x,
+// uv (0.25, 0.75), tangent +z, binormal -y.
+QByteArray processedRecord(bool withTangents)
+{
+    QByteArray record = floats({1, 2, 3}) + word(byteVector({1, 0, 0})) + floats({0.25f, 0.75f});
+    if (withTangents)
+        record += word(byteVector({0, 0, 1})) + word(byteVector({0, -1, 0}));
+    return record;
+}
+
+TEST_F(BufferManagerTest, ProcessedChunksDecodeMirroredLikeTheOthers)
+{
+    const QByteArray uv2 = processedHeader("BPVSuv2", "uv2", 2) + floats({0.5f, 0.5f, 0.125f, 1});
+    const struct
+    {
+        const char* outer;
+        const char* format;
+        bool tangents;
+        QByteArray stream;
+        QList<int> locations;
+    } cases[] = {{"BPVTxyznuv", "set3/xyznuvpc", false, {}, {0, 4, 1}},
+                 {"BPVTxyznuvtb", "SET3/XYZNUVTBPC", true, {}, {0, 4, 1, 6, 5}},
+                 {"BPVTxyznuvtb", "set3/xyznuvtbpc", true, uv2, {0, 4, 1, 6, 5, 2}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.format);
+        MeshGeometry geometry;
+        const QByteArray chunk = processedHeader(c.outer, c.format, 2) +
+                                 processedRecord(c.tangents) + processedRecord(c.tangents);
+        VertexBuffer* buffer = manager.createVertexBuffer("p", chunk, &geometry, c.stream);
+        EXPECT_EQ(attributeSlots(*buffer), c.locations);
+        ASSERT_EQ(buffer->vertexCount, 2u);
+        EXPECT_EQ(geometry.positions[1], (Vector3{-1, 2, 3}));
+        EXPECT_EQ(geometry.uvs[1], (Vector2{0.25f, 0.75f}));
+        const std::vector<float> values = readBack(*buffer);
+        // Normal +x mirrored; the byte 127.5 steps leave y and z at 1/255.
+        EXPECT_FLOAT_EQ(values[3], -1.0f);
+        EXPECT_NEAR(values[4], 0.0f, 0.004f);
+        if (c.tangents) {
+            EXPECT_NEAR(values[10], 1.0f, 1e-6);  // tangent z
+            EXPECT_NEAR(values[12], -1.0f, 1e-6); // binormal y
+        }
+        if (!c.stream.isEmpty()) {
+            EXPECT_EQ(geometry.uv2s, (QVector<Vector2>{{0.5f, 0.5f}, {0.125f, 1}}));
+        }
+    }
+}
+
+TEST_F(BufferManagerTest, ProcessedChunksThatDoNotFitDrawNothingAndSayWhy)
+{
+    const QByteArray twoRecords = processedRecord(true) + processedRecord(true);
+    const struct
+    {
+        const char* what;
+        QByteArray chunk;
+        const char* logged;
+    } cases[] = {
+        {"short of its headers", processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2).left(135),
+         "[Warning] Vertex chunk c: processed vertex chunk too short for its headers: 135 bytes"},
+        {"a first count",
+         formatName("BPVTxyznuvtb") + word(2) + formatName("set3/xyznuvtbpc") + word(2) +
+             twoRecords,
+         "[Warning] Vertex chunk c: processed vertex chunk with 2 vertices in its first header"},
+        {"a byte short",
+         processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2) + twoRecords.chopped(1),
+         "[Warning] Vertex chunk c: processed vertex chunk set3/xyznuvtbpc of 2 vertices holds 199 "
+         "bytes, not 200"},
+        {"a byte over", processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2) + twoRecords + 'x',
+         "holds 201 bytes, not 200"},
+        {"a count that would wrap",
+         processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 0xFFFFFFFF) + twoRecords,
+         "holds 200 bytes, not 137438953576"},
+        {"skinned", processedHeader("BPVTxyznuviiiwwtb", "set3/xyznuviiiwwtbpc", 1) + twoRecords,
+         "[Error] Vertex format not supported:set3/xyznuviiiwwtbpc"},
+        {"an old name behind the processed header",
+         processedHeader("BPVTxyznuvtb", "xyznuvtb", 2) + twoRecords,
+         "[Error] Vertex format not supported:xyznuvtb"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        LogCapture log;
+        MeshGeometry geometry;
+        VertexBuffer* buffer = manager.createVertexBuffer("c", c.chunk, &geometry, {});
+        EXPECT_EQ(buffer->vertexCount, 0u);
+        EXPECT_TRUE(buffer->attributes.isEmpty());
+        EXPECT_TRUE(geometry.positions.isEmpty());
+        EXPECT_EQ(log.lines.filter(QLatin1String(c.logged)).size(), 1)
+            << log.lines.join('\n').toStdString();
+    }
+}
+
 TEST(BufferManager, ReleaseWithoutContextDoesNotCrash)
 {
     auto* gl = new GlTestContext;

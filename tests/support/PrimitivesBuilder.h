@@ -9,6 +9,7 @@
 #include <QtEndian>
 
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace primitives {
@@ -87,6 +88,39 @@ inline QByteArray xyznuvChunk(const QList<Vertex>& vertices)
             appendFloat(out, f);
         for (float f : v.normal)
             appendFloat(out, f);
+        for (float f : v.uv)
+            appendFloat(out, f);
+    }
+    return out;
+}
+
+// The vector of processed chunks: x, y, z as unsigned bytes over -1..1,
+// byte 3 zero.
+inline quint32 byteVector(const std::array<float, 3>& v)
+{
+    auto byte = [](float value) { return quint32(std::lround((value + 1.0f) * 127.5f)); };
+    return byte(v[0]) | byte(v[1]) << 8 | byte(v[2]) << 16;
+}
+
+// A processed chunk's two headers: the outer name ("BPVT..." or
+// "BPVS...") with a count of 0, then the inner name and the real count.
+inline QByteArray processedHeader(const QByteArray& outer, const QByteArray& inner, quint32 count)
+{
+    QByteArray out = formatName(outer);
+    appendU32(out, 0);
+    out += formatName(inner);
+    appendU32(out, count);
+    return out;
+}
+
+// A processed "set3/xyznuvpc" vertex chunk.
+inline QByteArray xyznuvpcChunk(const QList<Vertex>& vertices)
+{
+    QByteArray out = processedHeader("BPVTxyznuv", "set3/xyznuvpc", quint32(vertices.size()));
+    for (const Vertex& v : vertices) {
+        for (float f : v.position)
+            appendFloat(out, f);
+        appendU32(out, byteVector(v.normal));
         for (float f : v.uv)
             appendFloat(out, f);
     }

@@ -61,6 +61,13 @@ TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
     ASSERT_TRUE(gunVisual.contains("Gun_01.vertices"));
     gunVisual.replace("Gun_01.vertices", "Gun_02.vertices");
     writeModFile(mod, talonLod + QStringLiteral("Gun_01.visual"), gunVisual);
+    // A processed visual is checked against its processed primitives.
+    const QString kestrelGun =
+        QStringLiteral("vehicles/Borvia/B01_Kestrel/normal/lod0/Gun_01.visual_processed");
+    QByteArray processedVisual = sampleMember(kestrelGun);
+    ASSERT_TRUE(processedVisual.contains("Gun_01.vertices"));
+    processedVisual.replace("Gun_01.vertices", "Gun_09.vertices");
+    writeModFile(mod, kestrelGun, processedVisual);
     writeModFile(mod, QStringLiteral("scripts/item_defs/item_types.xml"), "not < xml");
     const QString talonXml = QStringLiteral("scripts/item_defs/vehicles/ardenia/a01_talon.xml");
     writeModFile(mod, talonXml, sampleMember(talonXml).chopped(3)); // packed, cut short
@@ -73,6 +80,8 @@ TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
         << result.out.toStdString();
     EXPECT_TRUE(reportFor(result, talonLod + QStringLiteral("Gun_01.visual"))
                     .contains(QLatin1String("Gun_02.vertices")))
+        << result.out.toStdString();
+    EXPECT_TRUE(reportFor(result, kestrelGun).contains(QLatin1String("Gun_09.vertices")))
         << result.out.toStdString();
     EXPECT_FALSE(reportFor(result, QStringLiteral("scripts/item_defs/item_types.xml")).isEmpty());
     EXPECT_TRUE(reportFor(result, talonXml).contains("Error reading data: "))

@@ -7,6 +7,7 @@
 #include "IndexBuffer.h"
 #include "Log.h"
 #include "MeshGeometry.h"
+#include "ModelFiles.h"
 #include "PackedXmlReader.h"
 #include "PrimitiveParser.h"
 #include "ReadFailure.h"
@@ -58,7 +59,10 @@ enum class Kind
 
 Kind kindOf(const QString& name)
 {
-    const QString suffix = QFileInfo(name).suffix().toLower();
+    QString suffix = QFileInfo(name).suffix().toLower();
+    // Current clients' models: the same files with "_processed" appended.
+    if (suffix.endsWith(processedSuffix))
+        suffix.chop(processedSuffix.size());
     if (suffix == QLatin1String("visual"))
         return Kind::Visual;
     if (suffix == QLatin1String("xml") || suffix == QLatin1String("model") ||
@@ -164,8 +168,8 @@ qint64 checkVertexChunk(const PrimitiveChunk& chunk)
 {
     VertexChunkHeader header;
     if (!readVertexChunkHeader(chunk.data, header)) {
-        problems.append(QStringLiteral("vertex chunk ") + chunk.name +
-                        QStringLiteral(": no header"));
+        problems.append(QStringLiteral("vertex chunk ") + chunk.name + QStringLiteral(": ") +
+                        header.problem);
         return -1;
     }
     if (header.format == VertexFormat::Unknown) {
@@ -174,7 +178,8 @@ qint64 checkVertexChunk(const PrimitiveChunk& chunk)
                         QString::fromLatin1(header.formatName));
         return -1;
     }
-    const qint64 needed = qint64(header.vertexCount) * fileStride(header.format) + 68;
+    const qint64 needed =
+        qint64(header.vertexCount) * fileStride(header.format) + header.recordOffset;
     if (needed > chunk.data.size()) {
         problems.append(QStringLiteral("vertex chunk ") + chunk.name +
                         QStringLiteral(": shorter than its vertex count"));
@@ -307,11 +312,13 @@ private:
     bool checkVisual(const QDomDocument& document, const QString& name)
     {
         QString primitivesName = name;
-        primitivesName.replace(QRegularExpression(QStringLiteral("\\.visual$"),
+        primitivesName.replace(QRegularExpression(QStringLiteral("\\.visual(_processed)?$"),
                                                   QRegularExpression::CaseInsensitiveOption),
                                QStringLiteral(".primitives"));
+        // The program's own lookup, which falls back on the processed name.
         ReadFailure failure;
-        std::unique_ptr<QIODevice> device(files.getFile(primitivesName, failure));
+        std::unique_ptr<QIODevice> device(
+            openModelFile(&files, primitivesName, primitivesName, failure));
         recordFailure(failure);
         if (!device) {
             problems.append(QStringLiteral("no primitives file ") + primitivesName);

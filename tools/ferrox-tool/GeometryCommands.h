@@ -2,7 +2,8 @@
 
 struct ToolArguments;
 
-// primitives FILE_OR_NAME [GAME_DIR]: the chunks of a .primitives file.
+// primitives FILE_OR_NAME [GAME_DIR] [--vertices N]: the chunks of a
+// .primitives file, and the first N decoded vertices of each vertex chunk.
 int primitivesCommand(const ToolArguments& arguments);
 // dds FILE_OR_NAME [GAME_DIR] [--png OUT]: format, size, levels; the base
 // level as PNG.

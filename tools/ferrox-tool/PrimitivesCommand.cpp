@@ -14,8 +14,10 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 namespace {
 void printLine(const QString& line)
@@ -54,40 +56,93 @@ QString describeIndices(const PrimitiveChunk& chunk, QStringList& groupLines)
         .arg(groupCount);
 }
 
+QString numbers(const float* values, int count)
+{
+    QStringList parts;
+    for (int i = 0; i < count; ++i)
+        parts << QString::number(values[i], 'g', 6);
+    return parts.join(QLatin1Char(' '));
+}
+
+// The first `wanted` vertices as Ferrox holds them (mirrored), read back
+// from the interleaved GL layout that the decoder writes.
+void describeVertices(const VertexChunkHeader& header, const QByteArray& data, int wanted,
+                      QStringList& lines)
+{
+    VertexChunkHeader shown = header;
+    shown.vertexCount = std::min<quint32>(vertexRecordsPresent(header, data), quint32(wanted));
+    const int floats = glFloatsPerVertex(header.format, false);
+    std::vector<float> output(size_t(shown.vertexCount) * size_t(floats));
+    MeshGeometry geometry;
+    decodeVertices(shown, data, {}, geometry, output.data());
+    for (quint32 i = 0; i < shown.vertexCount; ++i) {
+        const float* vertex = output.data() + size_t(i) * size_t(floats);
+        QString line = QStringLiteral("  vertex %1: position %2 normal %3 uv %4")
+                           .arg(i)
+                           .arg(numbers(vertex, 3), numbers(vertex + 3, 3), numbers(vertex + 6, 2));
+        if (hasTangents(header.format))
+            line += QStringLiteral(" tangent %1 binormal %2")
+                        .arg(numbers(vertex + 8, 3), numbers(vertex + 11, 3));
+        lines << line;
+    }
+}
+
+QString describeVertexChunk(const PrimitiveChunk& chunk, int wantedVertices, QStringList& lines,
+                            bool& unreadable)
+{
+    VertexChunkHeader header;
+    const bool readable = readVertexChunkHeader(chunk.data, header);
+    if (header.format == VertexFormat::Unknown && !header.processed())
+        return QString();
+    QString text = QStringLiteral("vertices %1 %2")
+                       .arg(QString::fromLatin1(header.formatName))
+                       .arg(header.vertexCount);
+    if (header.processed())
+        text += QStringLiteral(" processed (%1)").arg(QString::fromLatin1(header.processedAs));
+    if (!readable || header.format == VertexFormat::Unknown) {
+        unreadable = true;
+        return text + QStringLiteral(" unreadable: ") +
+               (readable ? QStringLiteral("format not supported") : header.problem);
+    }
+    describeVertices(header, chunk.data, wantedVertices, lines);
+    return text;
+}
+
 // What a chunk holds, as far as its own bytes tell; empty when unknown.
-QString describeChunk(const PrimitiveChunk& chunk, QStringList& groupLines)
+QString describeChunk(const PrimitiveChunk& chunk, int wantedVertices, QStringList& lines,
+                      bool& unreadable)
 {
     if (chunk.name == QLatin1String("uv2"))
-        return QStringLiteral("uv2 %1 pairs").arg(chunk.data.size() / 8);
+        return QStringLiteral("uv2 %1 pairs").arg(streamValues(chunk.data).size() / 8);
     // Both headers are longer than this; a shorter chunk is some other data.
     if (chunk.data.size() < 68)
         return QString();
-    if (formatField(chunk.data).startsWith("list") && chunk.data.size() >= 72)
-        return describeIndices(chunk, groupLines);
-    VertexChunkHeader header;
-    readVertexChunkHeader(chunk.data, header);
-    if (header.format != VertexFormat::Unknown)
-        return QStringLiteral("vertices %1 %2")
-            .arg(QString::fromLatin1(header.formatName))
-            .arg(header.vertexCount);
-    return QString();
+    const QByteArray format = formatField(chunk.data).toLower();
+    if (format.startsWith("list") && chunk.data.size() >= 72)
+        return describeIndices(chunk, lines);
+    if (format.startsWith("bpvs"))
+        return QStringLiteral("stream %1 %2 values")
+            .arg(QString::fromLatin1(format.mid(4)))
+            .arg(streamValues(chunk.data).size() / 4);
+    return describeVertexChunk(chunk, wantedVertices, lines, unreadable);
 }
 
-int printChunks(QIODevice& device, const QString& name)
+int printChunks(QIODevice& device, const QString& name, int wantedVertices)
 {
     PrimitiveParser parser;
     ReadFailure failure;
     const bool parsed = parser.parse(&device, failure);
+    bool unreadable = false;
     // What was read before a failed table check is still worth seeing.
     for (const PrimitiveChunk* chunk : std::as_const(parser.chunks)) {
-        QStringList groupLines;
-        const QString description = describeChunk(*chunk, groupLines);
+        QStringList lines;
+        const QString description = describeChunk(*chunk, wantedVertices, lines, unreadable);
         QString line = chunk->name + QLatin1Char(' ') + QString::number(chunk->size);
         if (!description.isEmpty())
             line += QLatin1Char(' ') + description;
         printLine(line);
-        for (const QString& groupLine : std::as_const(groupLines))
-            printLine(groupLine);
+        for (const QString& extra : std::as_const(lines))
+            printLine(extra);
     }
     std::fflush(stdout);
     if (!parsed) {
@@ -96,16 +151,21 @@ int printChunks(QIODevice& device, const QString& name)
         printError(QStringLiteral("Not a readable .primitives file: ") + name);
         return 1;
     }
-    return 0;
+    return unreadable ? 1 : 0;
 }
 
 } // namespace
 
 int primitivesCommand(const ToolArguments& arguments)
 {
-    if (arguments.positional.size() < 1 || arguments.positional.size() > 2) {
-        printError(QStringLiteral("usage: ferrox-tool primitives FILE_OR_NAME [GAME_DIR] [--mod "
-                                  "DIR] [--resources FILE]"));
+    bool countGiven = true;
+    const int wantedVertices = arguments.hasOption(QStringLiteral("vertices"))
+                                   ? arguments.option(QStringLiteral("vertices")).toInt(&countGiven)
+                                   : 0;
+    if (arguments.positional.size() < 1 || arguments.positional.size() > 2 || !countGiven ||
+        wantedVertices < 0) {
+        printError(QStringLiteral("usage: ferrox-tool primitives FILE_OR_NAME [GAME_DIR] "
+                                  "[--vertices N] [--mod DIR] [--resources FILE]"));
         return 2;
     }
     // Warnings go to standard error.
@@ -119,5 +179,5 @@ int primitivesCommand(const ToolArguments& arguments)
         return 1;
     QBuffer device(&bytes);
     device.open(QIODevice::ReadOnly);
-    return printChunks(device, name);
+    return printChunks(device, name, wantedVertices);
 }

@@ -69,6 +69,7 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("calibre"),
     QStringLiteral("type"),
     QStringLiteral("norm"),
+    QStringLiteral("vertices"),
     // clang-format on
 };
 

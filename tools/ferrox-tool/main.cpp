@@ -42,7 +42,11 @@ const Command commands[] = {
      "tanks GAME_DIR [--nation N] [--category C] [--tier T] [--filter TEXT]\n"
      "                                the vehicle table, tab-separated",
      tanksCommand},
-    {"primitives", "primitives FILE_OR_NAME [GAME_DIR]  the chunks of a .primitives file",
+    {"primitives",
+     "primitives FILE_OR_NAME [GAME_DIR] [--vertices N]\n"
+     "                                the chunks of a .primitives file; with --vertices,\n"
+     "                                the first N vertices of each vertex chunk as Ferrox\n"
+     "                                holds them (mirrored)",
      primitivesCommand},
     {"dds",
      "dds FILE_OR_NAME [GAME_DIR] [--png OUT]\n"

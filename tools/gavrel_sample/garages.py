@@ -4,7 +4,7 @@ and the shared models of shared_content.pkg."""
 from . import geometry as gavrel_geometry
 from .archives import DEFLATED, STORED, Member
 from .models import (flag_property, material, model_file, node, primitives_bytes,
-                     texture_property, visual_tree)
+                     processed_primitives_bytes, texture_property, visual_tree)
 from .packed_xml import encode
 from .textures import DETAIL_SIZE, texture
 
@@ -55,6 +55,8 @@ GARAGE_MODELS = {
         ("Fence", lambda: box_mesh((-9.0, 0.0, -0.05), (9.0, 1.8, 0.05)), "xyznuv", "Steel", False),
     ],
 }
+# Models written in the current clients' processed form.
+PROCESSED_GARAGE_MODELS = {("Hangar_Premium", "Floor")}
 GARAGE_PACKAGES = {"Hangar_Premium": "garage_premium.pkg", "Hangar_Basic": "garage_basic.pkg"}
 
 
@@ -76,6 +78,15 @@ def garage_members(space):
         model = f"{base}/models/{name}"
         tree = visual_tree([node(name)], name, name,
                            [material(name.lower(), effect, properties)])
+        if (space, name) in PROCESSED_GARAGE_MODELS:
+            suffix = gavrel_geometry.PROCESSED_SUFFIX
+            members += [
+                Member(model + ".model", model_file(model + ".visual"), STORED),
+                Member(model + ".visual" + suffix, encode(tree), STORED),
+                Member(model + ".primitives" + suffix,
+                       processed_primitives_bytes(name, make_mesh(), fmt, False), DEFLATED),
+            ]
+            continue
         members += [
             Member(model + ".model", model_file(model + ".visual"), STORED),
             Member(model + ".visual", encode(tree), STORED),

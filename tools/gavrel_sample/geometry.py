@@ -86,6 +86,59 @@ def vertex_chunk(fmt, vertices):
             + b"".join(vertex_record(fmt, v) for v in vertices))
 
 
+# ------------------------------------------------------------ processed form
+
+# Current clients ship models as <name>.visual_processed and
+# <name>.primitives_processed. Their vertex chunks carry two headers: "BPVT"
+# + the old format name with a count of 0, then the "set3/..." format and
+# the real count, then the records. Vectors are three unsigned bytes.
+PROCESSED_FORMATS = {"xyznuv": ("xyznuv", "set3/xyznuvpc"),
+                     "xyznuvtb": ("xyznuvtb", "set3/xyznuvtbpc"),
+                     # rigid models lose their bone bytes
+                     "xyznuviiiwwtb": ("xyznuvtb", "set3/xyznuvtbpc")}
+PROCESSED_STRIDES = {"set3/xyznuvpc": 24, "set3/xyznuvtbpc": 32}
+PROCESSED_SUFFIX = "_processed"
+
+
+def byte_vector(v):
+    """x, y, z each mapped from -1..1 onto 0..255 (b / 255 * 2 - 1 reads it
+    back); byte 3 is 0."""
+    return bytes(max(0, min(255, round((c + 1) / 2 * 255))) for c in v) + b"\0"
+
+
+def processed_vertex_record(fmt, vertex):
+    pos, normal, uv, tangent, binormal = vertex
+    record = struct.pack("<3f", *pos) + byte_vector(normal) + struct.pack("<2f", *uv)
+    if fmt == "set3/xyznuvtbpc":
+        record += byte_vector(tangent) + byte_vector(binormal)
+    return record
+
+
+def double_header(outer, inner, count):
+    """The two 64-byte names and counts in front of processed data."""
+    return (format_field(outer) + struct.pack("<I", 0)
+            + format_field(inner) + struct.pack("<I", count))
+
+
+def processed_vertex_chunk(fmt, vertices):
+    """fmt: the old format the model would have; the chunk carries its set3 form."""
+    old, new = PROCESSED_FORMATS[fmt.lower()]
+    return (double_header("BPVT" + old, new, len(vertices))
+            + b"".join(processed_vertex_record(new, v) for v in vertices))
+
+
+def colour_stream_chunk(count, colour=(255, 255, 255, 255)):
+    """A processed "colour" stream: one 4-byte colour per vertex."""
+    return double_header("BPVScolour", "colour", count) + bytes(colour) * count
+
+
+def bsp2_chunks():
+    """The chunks that sit beside the geometry in processed files, of no
+    use for drawing: a tree of planes and its material list."""
+    planes = struct.pack("<4I", 1, 0, 0, 0) + struct.pack("<4f", 0.0, 1.0, 0.0, 0.0)
+    return [("bsp2", b"BSP2" + planes), ("bsp2_materials", b"\x01\0\0\0" + b"default\0")]
+
+
 def index_chunk(indices, groups, wide):
     """groups: (startIndex, primitiveCount, startVertex, vertexCount) each."""
     fmt = "list32" if wide else "list"

@@ -15,6 +15,15 @@ def primitives_bytes(part, mesh, fmt, wide, with_uv2=False):
     return gavrel_geometry.primitives_file(chunks)
 
 
+def processed_primitives_bytes(part, mesh, fmt, wide):
+    """The .primitives_processed form: set3 vertices, the same indices, a
+    colour stream and the bsp2 chunks."""
+    chunks = [(f"{part}.vertices", gavrel_geometry.processed_vertex_chunk(fmt, mesh.vertices)),
+              (f"{part}.indices", gavrel_geometry.index_chunk(mesh.indices, mesh.groups(), wide)),
+              ("colour", gavrel_geometry.colour_stream_chunk(len(mesh.vertices)))]
+    return gavrel_geometry.primitives_file(chunks + gavrel_geometry.bsp2_chunks())
+
+
 def transform(translation=(0.0, 0.0, 0.0), scale=(1.0, 1.0, 1.0)):
     sx, sy, sz = scale
     return Floats(sx, 0, 0, 0, sy, 0, 0, 0, sz, *translation)

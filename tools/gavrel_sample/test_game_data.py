@@ -19,7 +19,8 @@ class GameDataTest(unittest.TestCase):
 
     def test_every_key_translates_and_every_texture_and_visual_exists(self):
         checked = 0
-        for name, data in self.game.files((".xml", ".visual", ".model", ".texformat")).items():
+        for name, data in self.game.files((".xml", ".visual", ".visual_processed", ".model",
+                                          ".texformat")).items():
             for element in load_xml(data).iter():
                 value, target = text(element), None
                 if value.startswith("#") and ":" in value:
@@ -27,7 +28,7 @@ class GameDataTest(unittest.TestCase):
                 elif value.endswith((".dds", ".tga")):
                     target = value[:-4] + ".dds"
                 elif element.tag == "nodefullVisual":
-                    target = value + ".visual"
+                    target = self.game.model_name(value + ".visual")
                 self.assertTrue(target is None or self.game.place(target), (name, value))
                 checked += 1
         self.assertGreater(checked, 1000)
@@ -49,7 +50,8 @@ class GameDataTest(unittest.TestCase):
                 guns.append((gun.tag, shared, gun))
             for path in [text(turret, "models/undamaged")] + [
                     text(g, "models/destroyed") for g in turret.findall("guns/*")]:
-                self.assertTrue(self.game.place(path[:-len("model")] + "visual"), path)
+                self.assertTrue(self.game.place(self.game.model_name(
+                    path[:-len("model")] + "visual")), path)
         return merged, root
 
     def test_vehicle_files_cover_the_cases_of_the_tank_loader(self):

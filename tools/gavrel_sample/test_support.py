@@ -127,20 +127,37 @@ def unpack_vector(word):
             field(word >> 22, 10, 511))
 
 
+def unpack_bytes(data, at):
+    """A processed vector: three unsigned bytes over -1..1."""
+    return tuple(b / 255 * 2 - 1 for b in data[at:at + 3])
+
+
 def read_geometry(vertices, indices):
     """(vertex format, [(position, normal)], index format, indices, groups)
-    of a vertex and an index chunk, checking their sizes."""
+    of a vertex and an index chunk, checking their sizes. A processed vertex
+    chunk ("BPVT...", count 0) gives its second, set3 format."""
     vfmt, ifmt = (c[:64].split(b"\0")[0].decode("ascii") for c in (vertices, indices))
-    stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37}[vfmt.lower()]
+    header = 68
+    if vfmt.startswith("BPVT"):
+        if struct.unpack_from("<I", vertices, 64)[0] != 0:
+            raise ValueError("processed chunk with a first count")
+        vfmt, header = vertices[68:132].split(b"\0")[0].decode("ascii"), 136
+    stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37,
+              "set3/xyznuvpc": 24, "set3/xyznuvtbpc": 32}[vfmt.lower()]
     count, group_count = struct.unpack_from("<II", indices, 64)
     width = 4 if ifmt == "list32" else 2
-    if (68 + struct.unpack_from("<I", vertices, 64)[0] * stride != len(vertices)
+    if (header + struct.unpack_from("<I", vertices, header - 4)[0] * stride != len(vertices)
             or 72 + count * width + 16 * group_count != len(indices)):
         raise ValueError("chunk size")
-    return (vfmt, [(struct.unpack_from("<3f", vertices, at),
-                    struct.unpack_from("<3f", vertices, at + 12) if vfmt.lower() == "xyznuv"
-                    else unpack_vector(struct.unpack_from("<I", vertices, at + 12)[0]))
-                   for at in range(68, len(vertices), stride)],
+
+    def normal(at):
+        if vfmt.lower() == "xyznuv":
+            return struct.unpack_from("<3f", vertices, at)
+        if vfmt.startswith("set3/"):
+            return unpack_bytes(vertices, at)
+        return unpack_vector(struct.unpack_from("<I", vertices, at)[0])
+    return (vfmt, [(struct.unpack_from("<3f", vertices, at), normal(at + 12))
+                   for at in range(header, len(vertices), stride)],
             ifmt, list(struct.unpack_from(f"<{count}{'I' if width == 4 else 'H'}", indices, 72)),
             [struct.unpack_from("<4I", indices, 72 + count * width + 16 * g)
              for g in range(group_count)])
@@ -209,6 +226,12 @@ class Installation:
     def place(self, name):
         hit = "loose" if (self.res / name).is_file() else self.index.get(name.lower())
         return Path(hit[0].filename).name if isinstance(hit, tuple) else hit
+
+    def model_name(self, name):
+        """name, or name + "_processed" where only that exists, as the program
+        looks up a model's .visual and .primitives."""
+        return name if self.place(name) or not self.place(name + "_processed") \
+            else name + "_processed"
 
     def read(self, name):
         if (self.res / name).is_file():

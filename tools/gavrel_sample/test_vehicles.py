@@ -16,6 +16,10 @@ PART_LAYOUTS = {"Chassis": ("xyznuvtb", "list", 2, "", ""),
                 "Turret_01": ("xyznuviiiwwtb", "list32", 1, "", "HP_gunJoint"),
                 "Turret_02": ("xyznuvtb", "list", 1, "", "HP_gunJoint"),
                 **{f"Gun_0{n}": ("xyznuv", "list", 1, "", "") for n in (1, 2, 3)}}
+# The vehicle written in the processed form: its parts' formats and stream.
+PROCESSED_MODEL = "vehicles/Borvia/B01_Kestrel"
+PROCESSED_FORMATS = {"xyznuv": "set3/xyznuvpc", "xyznuvtb": "set3/xyznuvtbpc",
+                     "xyznuviiiwwtb": "set3/xyznuvtbpc"}
 NATION_COLOURS = {"Ardenia": (110, 120, 60), "Borvia": (190, 165, 110),
                   "Caldera": (95, 110, 130), "Drevnia": (120, 40, 35)}
 
@@ -27,8 +31,8 @@ class ModelsTest(unittest.TestCase):
 
     def geometry(self, base):
         """The visual, chunks and read_geometry of base; checks groups and normals."""
-        visual = self.game.xml(base + ".visual")
-        chunks = read_chunks(self.game.read(base + ".primitives"))
+        visual = self.game.xml(self.game.model_name(base + ".visual"))
+        chunks = read_chunks(self.game.read(self.game.model_name(base + ".primitives")))
         vfmt, vertices, ifmt, indices, groups = read_geometry(
             *(chunks[text(visual, f"renderSet/geometry/{tag}")]
               for tag in ("vertices", "primitive")))
@@ -54,17 +58,24 @@ class ModelsTest(unittest.TestCase):
                 SAMPLE_MODELS, PART_LAYOUTS.items(), ("normal", "crash")):
             with self.subTest(model=folder, part=part, state=state):
                 fmt, index_format, group_count, stream, joint = layout
-                visual, chunks, vfmt, vertices, ifmt, indices, groups = \
-                    self.geometry(f"{folder}/{state}/lod0/{part}")
+                base = f"{folder}/{state}/lod0/{part}"
+                visual, chunks, vfmt, vertices, ifmt, indices, groups = self.geometry(base)
+                # a stream's bytes: uv2 pairs, or a processed colour per vertex
+                stream_size = 8 * len(vertices) if stream else 0
+                if folder == PROCESSED_MODEL:
+                    fmt, stream, stream_size = PROCESSED_FORMATS[fmt], "colour", \
+                        136 + 4 * len(vertices)
+                    self.assertTrue({"bsp2", "bsp2_materials"} <= chunks.keys())
+                    self.assertFalse(self.game.place(base + ".primitives"))
                 self.assertEqual((vfmt.lower(), ifmt, len(groups)),
                                  (fmt, index_format, group_count))
                 self.assertEqual(text(visual, "renderSet/geometry/stream"), stream)
-                self.assertEqual(len(chunks.get(stream, b"")), 8 * len(vertices) if stream else 0)
+                self.assertEqual(len(chunks.get(stream, b"")), stream_size)
                 if joint:  # where the part above sits: the turret ring, the mantlet
                     top = max(p[1] for p, _ in vertices)
                     node = next(n for n in visual.iter("node") if text(n, "identifier") == joint)
                     self.assertTrue(0 < translation(node)[1] <= top + 0.01)
-                if (folder, state) == (SAMPLE_MODELS[0], "normal"):
+                if state == "normal" and folder in (SAMPLE_MODELS[0], PROCESSED_MODEL):
                     self.assert_faces_outward(indices, vertices)
         self.assertEqual(self.geometry(f"{SAMPLE_MODELS[4]}/normal/lod0/Gun_01")[2], "XYZNUV")
 
@@ -85,7 +96,8 @@ class ModelsTest(unittest.TestCase):
         for garage in ElementTree.parse(REPO_DATA / "garages.cfg").getroot():
             for mesh in garage.iter("Mesh"):
                 base = mesh.findtext("File")[:-len(".model")]
-                self.assertEqual(self.game.place(base + ".visual"), garage.findtext("Zip"))
+                self.assertEqual(self.game.place(self.game.model_name(base + ".visual")),
+                                 garage.findtext("Zip"))
                 _, _, _, vertices, _, indices, _ = self.geometry(base)
                 self.assert_faces_outward(indices, vertices)
                 position, scale, rotation = (

@@ -7,7 +7,7 @@ from . import geometry as gavrel_geometry
 from .collision import collision_model_files, proving_ground_files
 from .archives import DEFLATED, STORED, Member
 from .models import (flag_property, material, model_file, node, primitives_bytes,
-                     texture_property, visual_tree, xml_file)
+                     processed_primitives_bytes, texture_property, visual_tree, xml_file)
 from .textures import (DETAIL_SIZE, DIFFUSE_SIZE, NATION_COLOURS, darker, extra_texture,
                        large_panel, texformat_file, texture)
 
@@ -23,6 +23,7 @@ UNCOMPRESSED_GUN_TANK = "B01_Kestrel"  # Gun_01_AM is 32-bit BGRA
 RGB24_GLOSS_TANK = "C02_Basilisk"      # *_GMM are 24-bit BGR
 UPPER_CASE_GUN_TANK = "C03_Wyvern"     # Gun_01 vertex format "XYZNUV"
 PLAIN_VISUAL_TANK = "D02_Ironmoth"     # visuals as text XML
+PROCESSED_TANK = "B01_Kestrel"         # .visual_processed / .primitives_processed
 
 
 def chassis_mesh(detail=1):
@@ -154,13 +155,16 @@ def part_materials(nation, tank, state="normal"):
         flag_property("alphaReference", "Int", 128),
         flag_property("doubleSided", "Bool", True),
     ])
-    hull = material("hull", "PBS_tank.fx", [
+    hull_properties = [
         diffuse("Hull"),
         texture_property("normalMap", f"{base}/Hull_ANM.dds"),
         texture_property("metallicGlossMap", f"{base}/Hull_GMM.dds"),
         texture_property("metallicDetailMap", f"{base}/Hull_MDM.dds"),
         flag_property("g_useNormalPackDXT1", "Bool", False),
-    ])
+    ]
+    if tank == PROCESSED_TANK:  # the current clients' PBS_tank.fx has one more map
+        hull_properties.append(texture_property("excludeMaskAndAOMap", f"{base}/Hull_CM.dds"))
+    hull = material("hull", "PBS_tank.fx", hull_properties)
     turret = material("turret", "normalmap_specmap.fx", [
         diffuse("Turret"),
         texture_property("normalMap", f"{base}/Turret_01_ANM.dds"),
@@ -208,14 +212,24 @@ def vehicle_model_files(nation, tank, detail=1):
     """(path, bytes) of the .model, .visual and .primitives of every part,
     intact (normal/lod0) and burnt out (crash/lod0)."""
     plain = tank == PLAIN_VISUAL_TANK
+    processed = tank == PROCESSED_TANK
     files = []
     for part, mesh, fmt, wide, uv2, root_children, render_node in vehicle_parts(tank, detail):
         for state in STATES:
             base = f"{tank_folder(nation, tank)}/{state}/lod0/{part}"
             if state == "crash":
                 mesh = battered(mesh, f"{tank}/{part}", *CRASH_DAMAGE[TEXTURE_KINDS[part]])
-            tree = visual_tree(root_children, render_node, part,
-                               part_materials(nation, tank, state)[part], "uv2" if uv2 else None)
+            materials = part_materials(nation, tank, state)[part]
+            if processed:  # every part names its colour stream, none a uv2
+                suffix = gavrel_geometry.PROCESSED_SUFFIX
+                tree = visual_tree(root_children, render_node, part, materials, "colour")
+                files += [(base + ".model", model_file(base + ".visual")),
+                          (base + ".visual" + suffix, xml_file(f"{part}.visual", tree, plain)),
+                          (base + ".primitives" + suffix,
+                           processed_primitives_bytes(part, mesh, fmt, wide))]
+                continue
+            tree = visual_tree(root_children, render_node, part, materials,
+                               "uv2" if uv2 else None)
             files += [(base + ".model", model_file(base + ".visual")),
                       (base + ".visual", xml_file(f"{part}.visual", tree, plain)),
                       (base + ".primitives", primitives_bytes(part, mesh, fmt, wide, uv2))]
@@ -264,7 +278,7 @@ def tank_members(archive, nation, tank):
                                       [p[0] for p in vehicle_parts(tank)])
     for path, data in (vehicle_model_files(nation, tank) + vehicle_texture_files(nation, tank)
                        + collision):
-        compress = DEFLATED if path.endswith(".primitives") else STORED
+        compress = DEFLATED if ".primitives" in path else STORED
         members.append(Member(path, data, compress))
     return members
 
