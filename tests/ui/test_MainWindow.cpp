@@ -3,10 +3,14 @@
 
 #include "WindowFixture.h"
 
+#include "AboutViewerWidget.h"
 #include "Log.h"
+#include "RenderWidget.h"
 
 #include <QDir>
 #include <QMenuBar>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -173,4 +177,54 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
             EXPECT_EQ(window.ui.pushButton->text(), QStringLiteral("Загрузить"));
         },
         QStringLiteral("ru_RU"));
+}
+
+namespace {
+// Notes what an About box shows when it comes up, then closes it.
+class AboutCloser : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* about = qobject_cast<AboutViewerWidget*>(watched);
+        if (about && event->type() == QEvent::Show) {
+            ++shown;
+            flags = about->windowFlags();
+            vendor = about->findChild<QLabel*>(QStringLiteral("glVendorLabel"))->text();
+            renderer = about->findChild<QLabel*>(QStringLiteral("glRendererLabel"))->text();
+            QMetaObject::invokeMethod(about, &QDialog::reject, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+    int shown = 0;
+    Qt::WindowFlags flags;
+    QString vendor;
+    QString renderer;
+};
+
+QString glText(GLenum name)
+{
+    QOpenGLFunctions* gl = QOpenGLContext::currentContext()->functions();
+    return QString::fromLatin1(reinterpret_cast<const char*>(gl->glGetString(name)));
+}
+} // namespace
+
+TEST_F(WindowTest, AboutBoxShowsTheViewportsDriver)
+{
+    runWindow([](MainWindow& window) {
+        AboutCloser closer;
+        qApp->installEventFilter(&closer);
+        // The slot must make the viewport's context current itself.
+        window.renderWidget->doneCurrent();
+        window.ui.actionAbout_Ferrox->trigger();
+        qApp->removeEventFilter(&closer);
+        ASSERT_EQ(closer.shown, 1);
+        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowTitleHint));
+        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowSystemMenuHint));
+        window.renderWidget->makeCurrent();
+        EXPECT_EQ(closer.vendor, glText(GL_VENDOR));
+        EXPECT_EQ(closer.renderer, glText(GL_RENDERER));
+        EXPECT_FALSE(closer.renderer.isEmpty());
+    });
 }
