@@ -165,7 +165,7 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
     ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
                             root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
     runWindow(
-        [](MainWindow& window) {
+        [this](MainWindow& window) {
             const std::pair<QMenu*, const char*> menus[] = {
                 {window.ui.menu_File, "&Файл"},          {window.ui.menu_Edit, "&Правка"},
                 {window.ui.menu_View, "&Вид"},           {window.ui.menu_Window, "&Окно"},
@@ -175,6 +175,11 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
                 EXPECT_EQ(menu->title(), QString::fromUtf8(title));
             EXPECT_EQ(window.ui.TanksDock->windowTitle(), QStringLiteral("Танки"));
             EXPECT_EQ(window.ui.pushButton->text(), QStringLiteral("Загрузить"));
+            // The camouflage exports' texts come from a library without a window.
+            window.ui.pushButton_10->click();
+            ASSERT_FALSE(boxes.boxes.isEmpty());
+            EXPECT_EQ(boxes.boxes.last().text,
+                      QStringLiteral("Сначала необходимо загрузить танк."));
         },
         QStringLiteral("ru_RU"));
 }
