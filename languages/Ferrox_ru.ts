@@ -919,4 +919,189 @@ Please check that you have sufficient write access to: </source>
 Проверьте, есть ли у вас право записи в: </translation>
         </message>
     </context>
+    <context>
+        <name>AboutViewerWidget</name>
+        <message>
+            <source>About Ferrox</source>
+            <translation>О программе Ferrox</translation>
+        </message>
+        <message>
+            <source>About</source>
+            <translation>О программе</translation>
+        </message>
+        <message>
+            <source>Details</source>
+            <translation>Сведения</translation>
+        </message>
+        <message>
+            <source>Gavrel Version:</source>
+            <translation>Версия Gavrel:</translation>
+        </message>
+        <message>
+            <source>Version:</source>
+            <translation>Версия:</translation>
+        </message>
+        <message>
+            <source>Build:</source>
+            <translation>Сборка:</translation>
+        </message>
+        <message>
+            <source>www:</source>
+            <translation>Сайт:</translation>
+        </message>
+        <message>
+            <source>Translations</source>
+            <translation>Переводы</translation>
+        </message>
+        <message>
+            <source>Russian:</source>
+            <translation>Русский:</translation>
+        </message>
+        <message>
+            <source>Malaysian:</source>
+            <translation>Малайский:</translation>
+        </message>
+        <message>
+            <source>Portuguese:</source>
+            <translation>Португальский:</translation>
+        </message>
+        <message>
+            <source>License</source>
+            <translation>Лицензия</translation>
+        </message>
+        <message>
+            <source>OpenGL</source>
+            <translation>OpenGL</translation>
+        </message>
+        <message>
+            <source>Vendor:</source>
+            <translation>Производитель:</translation>
+        </message>
+        <message>
+            <source>Renderer:</source>
+            <translation>Видеокарта:</translation>
+        </message>
+        <message>
+            <source>GLSL:</source>
+            <translation>GLSL:</translation>
+        </message>
+        <message>
+            <source>Extensions:</source>
+            <translation>Расширения:</translation>
+        </message>
+        <message>
+            <source>Ok</source>
+            <translation>ОК</translation>
+        </message>
+        <message>
+            <source>Open in browser</source>
+            <translation>Открыть в браузере</translation>
+        </message>
+        <message>
+            <source>Ferrox team</source>
+            <translation>Команда Ferrox</translation>
+        </message>
+        <message>
+            <source>No translation yet</source>
+            <translation>Перевода пока нет</translation>
+        </message>
+        <message>
+            <source>&lt;p&gt;&lt;b&gt;Ferrox %1&lt;/b&gt;&lt;br&gt;Copyright &amp;copy; the Ferrox team.&lt;/p&gt;&lt;p&gt;Ferrox is free software. You may use it, copy it, change it and pass it on, alone or with your own work, provided this notice stays with every copy.&lt;/p&gt;&lt;p&gt;Ferrox comes without any warranty. Its makers are not liable for any harm that comes from using it.&lt;/p&gt;&lt;p&gt;Ferrox reads a Gavrel installation and never changes it. The game, its models, textures and texts belong to their owners; Ferrox is made by modders for modders and is not connected with the makers of the game.&lt;/p&gt;</source>
+            <translation>&lt;p&gt;&lt;b&gt;Ferrox %1&lt;/b&gt;&lt;br&gt;Авторские права &amp;copy; команда Ferrox.&lt;/p&gt;&lt;p&gt;Ferrox — свободная программа. Её можно использовать, копировать, изменять и передавать другим, отдельно или вместе с собственной работой, если это уведомление сохраняется в каждой копии.&lt;/p&gt;&lt;p&gt;Ferrox предоставляется без каких-либо гарантий. Его авторы не несут ответственности за любой вред, возникший при его использовании.&lt;/p&gt;&lt;p&gt;Ferrox читает установленную игру Gavrel и никогда её не изменяет. Игра, её модели, текстуры и тексты принадлежат их владельцам; Ferrox создан моддерами для моддеров и не связан с создателями игры.&lt;/p&gt;</translation>
+        </message>
+    </context>
+    <context>
+        <name>UpdateCheck</name>
+        <message>
+            <source>Update</source>
+            <translation>Обновление</translation>
+        </message>
+        <message>
+            <source>New Version Available!</source>
+            <translation>Доступна новая версия!</translation>
+        </message>
+        <message>
+            <source>Installed Version:</source>
+            <translation>Установленная версия:</translation>
+        </message>
+        <message>
+            <source>Lastest Version:</source>
+            <translation>Последняя версия:</translation>
+        </message>
+        <message>
+            <source>Url:</source>
+            <translation>Адрес:</translation>
+        </message>
+        <message>
+            <source>Notes:</source>
+            <translation>Примечания:</translation>
+        </message>
+        <message>
+            <source>OK</source>
+            <translation>ОК</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+        <message>
+            <source>There was a network error when checking for updates.</source>
+            <translation>При проверке обновлений произошла сетевая ошибка.</translation>
+        </message>
+        <message>
+            <source>You are running the latest version.</source>
+            <translation>У вас установлена последняя версия.</translation>
+        </message>
+        <message>
+            <source>The was a problem determining the correct version.</source>
+            <translation>Не удалось определить правильную версию.</translation>
+        </message>
+        <message>
+            <source>Click here for download</source>
+            <translation>Нажмите здесь, чтобы скачать</translation>
+        </message>
+    </context>
+    <context>
+        <name>CamoLoader</name>
+        <message>
+            <source>You must load a tank first.</source>
+            <translation>Сначала необходимо загрузить танк.</translation>
+        </message>
+        <message>
+            <source>You must enable camouflage first.</source>
+            <translation>Сначала необходимо включить камуфляж.</translation>
+        </message>
+        <message>
+            <source>You must select a mod folder in the application preferences.</source>
+            <translation>Необходимо выбрать папку модов в настройках программы.</translation>
+        </message>
+        <message>
+            <source>Camo bake is only available in UnDamaged mode.</source>
+            <translation>Запекание камуфляжа доступно только в режиме «Целый».</translation>
+        </message>
+        <message>
+            <source>This tank is currently not supported by the camouflage baking system.</source>
+            <translation>Этот танк пока не поддерживается системой запекания камуфляжа.</translation>
+        </message>
+        <message>
+            <source>Aborting!</source>
+            <translation>Прерывание!</translation>
+        </message>
+        <message>
+            <source>Camouflage bake export complete.</source>
+            <translation>Экспорт запечённого камуфляжа завершён.</translation>
+        </message>
+        <message>
+            <source>Failed to find: </source>
+            <translation>Не удалось найти: </translation>
+        </message>
+        <message>
+            <source>in any zip archives.</source>
+            <translation>ни в одном zip-архиве.</translation>
+        </message>
+        <message>
+            <source>Export completed.</source>
+            <translation>Экспорт завершён.</translation>
+        </message>
+    </context>
 </TS>

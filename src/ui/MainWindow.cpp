@@ -1,5 +1,10 @@
 #include "MainWindow.h"
 
+#include "AboutViewerWidget.h"
+#include "CamoExports.h"
+#include "CamoList.h"
+#include "CamoLoader.h"
+#include "CamoScene.h"
 #include "CommonMessages.h"
 #include "Constants.h"
 #include "Database.h"
@@ -13,6 +18,7 @@
 #include "StatusMessages.h"
 #include "TankLoader.h"
 #include "TurretGunChooser.h"
+#include "UpdateCheck.h"
 #include "VehicleScene.h"
 
 #include <QColorDialog>
@@ -68,6 +74,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     ui.setupUi(this);
     renderWidget = ui.mRenderWidget;
     installVehicleLoader(*renderWidget);
+    installCamoLoader(*renderWidget);
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 
@@ -81,6 +88,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     // used from here on.
     showMaximized();
     initialiseViewport();
+    connectCamouflage();
     ui.armorDock->move(50, height() - 420);
 
     buildWindowMenu();
@@ -108,6 +116,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
     emitShellParamaters();
     toggleSolidMode();
+    updateChecker = new UpdateCheck(this);
 
     for (QAction*& action : recentActions) {
         action = new QAction(this);
@@ -371,7 +380,12 @@ void MainWindow::aboutQt()
 
 void MainWindow::aboutViewer()
 {
-    notThereYet("About Ferrox");
+    // The box reads the driver's facts from the context current when it is
+    // made: the viewport's.
+    renderWidget->makeCurrent();
+    AboutViewerWidget about(this, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
+    renderWidget->doneCurrent();
+    about.exec();
 }
 
 void MainWindow::aboutHelp()
@@ -409,29 +423,53 @@ void MainWindow::showVisualEditor()
     notThereYet("Visual Editor");
 }
 
-void MainWindow::toggleCamoEnable(bool)
+void MainWindow::updateCheck()
 {
-    notThereYet("Camo Overlay");
+    showOk(false, this, tr("Auto Update has been disabled"));
+}
+
+// ---------------------------------------------------------------- camouflage
+
+void MainWindow::connectCamouflage()
+{
+    CamoLoader* camo = CamoLoader::instance();
+    if (!camo)
+        return;
+    ui.listView_2->follow({ui.camoLabel0, ui.camoLabel1, ui.camoLabel2, ui.camoLabel3});
+    // A vehicle of another nation starts again in summer.
+    connect(camo, &CamoLoader::summerChosen, ui.SummerRadioBtn,
+            [this] { ui.SummerRadioBtn->setChecked(true); });
+}
+
+void MainWindow::toggleCamoEnable(bool disable)
+{
+    if (CamoLoader* camo = CamoLoader::instance())
+        camo->enabled = !disable;
 }
 
 void MainWindow::toggleCamo()
 {
-    notThereYet("Camo Tone");
+    CamoList* patterns = ui.listView_2->patterns();
+    if (!patterns)
+        return;
+    if (ui.WinterRadioBtn->isChecked())
+        patterns->setSeason(QStringLiteral("winter"));
+    else if (ui.SummerRadioBtn->isChecked())
+        patterns->setSeason(QStringLiteral("summer"));
+    else if (ui.DesertRadioBtn->isChecked())
+        patterns->setSeason(QStringLiteral("desert"));
 }
 
 void MainWindow::exportCamoPattern()
 {
-    notThereYet("Export Camo Pattern");
+    ::exportCamoPattern();
 }
 
 void MainWindow::exportCamoBake()
 {
-    notThereYet("Bake and Export");
-}
-
-void MainWindow::updateCheck()
-{
-    showOk(false, this, tr("Auto Update has been disabled"));
+    // The bake draws with the viewport's context, the program's only one.
+    renderWidget->makeCurrent();
+    ::exportCamoBake();
 }
 
 // ---------------------------------------------------------------- scene

@@ -14,6 +14,7 @@ class QDockWidget;
 class QSqlQuery;
 class RenderWidget;
 class TankLoader;
+class UpdateCheck;
 
 // The program's only top-level window: menus, the two tool bars, the
 // docks around the viewport, the window layout on disk, full-screen mode
@@ -53,6 +54,8 @@ public:
     // The armour tables' selections; the armour model reads them when it
     // colours the plates.
     ArmorSelections armorSelections;
+    // Lives as long as the window; the member can't share the slot's name.
+    UpdateCheck* updateChecker = nullptr;
 
 signals:
     void reloadSceneItems();
@@ -133,6 +136,7 @@ private:
     void restoreStartLayout();
     void toggleDock(QDockWidget* dock);
     void connectTankLoader(TankLoader& loader);
+    void connectCamouflage();
     void applySceneSettings();
     void showTankNames(QSqlQuery* query);
     void setDrawStyle(QAction* active, bool wireframe, bool solidWire);

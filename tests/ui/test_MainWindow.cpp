@@ -3,10 +3,14 @@
 
 #include "WindowFixture.h"
 
+#include "AboutViewerWidget.h"
 #include "Log.h"
+#include "RenderWidget.h"
 
 #include <QDir>
 #include <QMenuBar>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -109,7 +113,8 @@ TEST_F(WindowTest, LayoutsComeFromTheUserTheShippedFileOrTheBuiltInTabs)
         window.saveLayoutAction->trigger();
     });
     EXPECT_EQ(logLines().filter(QStringLiteral("[ Warning ]")),
-              QStringList{QStringLiteral("[ Warning ] Could not locate default.layout")});
+              (QStringList{QStringLiteral("[ Warning ] Could not load camo xml file: Caldera"),
+                           QStringLiteral("[ Warning ] Could not locate default.layout")}));
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Saved window layout"));
     EXPECT_TRUE(QFile::exists(userFile(QStringLiteral("user.layout"))));
@@ -161,7 +166,7 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
     ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
                             root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
     runWindow(
-        [](MainWindow& window) {
+        [this](MainWindow& window) {
             const std::pair<QMenu*, const char*> menus[] = {
                 {window.ui.menu_File, "&Файл"},          {window.ui.menu_Edit, "&Правка"},
                 {window.ui.menu_View, "&Вид"},           {window.ui.menu_Window, "&Окно"},
@@ -171,6 +176,61 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
                 EXPECT_EQ(menu->title(), QString::fromUtf8(title));
             EXPECT_EQ(window.ui.TanksDock->windowTitle(), QStringLiteral("Танки"));
             EXPECT_EQ(window.ui.pushButton->text(), QStringLiteral("Загрузить"));
+            // The camouflage exports' texts come from a library without a window.
+            window.ui.pushButton_10->click();
+            ASSERT_FALSE(boxes.boxes.isEmpty());
+            EXPECT_EQ(boxes.boxes.last().text,
+                      QStringLiteral("Сначала необходимо загрузить танк."));
         },
         QStringLiteral("ru_RU"));
+}
+
+namespace {
+// Notes what an About box shows when it comes up, then closes it.
+class AboutCloser : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* about = qobject_cast<AboutViewerWidget*>(watched);
+        if (about && event->type() == QEvent::Show) {
+            ++shown;
+            flags = about->windowFlags();
+            vendor = about->findChild<QLabel*>(QStringLiteral("glVendorLabel"))->text();
+            renderer = about->findChild<QLabel*>(QStringLiteral("glRendererLabel"))->text();
+            QMetaObject::invokeMethod(about, &QDialog::reject, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+    int shown = 0;
+    Qt::WindowFlags flags;
+    QString vendor;
+    QString renderer;
+};
+
+QString glText(GLenum name)
+{
+    QOpenGLFunctions* gl = QOpenGLContext::currentContext()->functions();
+    return QString::fromLatin1(reinterpret_cast<const char*>(gl->glGetString(name)));
+}
+} // namespace
+
+TEST_F(WindowTest, AboutBoxShowsTheViewportsDriver)
+{
+    runWindow([](MainWindow& window) {
+        AboutCloser closer;
+        qApp->installEventFilter(&closer);
+        // The slot must make the viewport's context current itself.
+        window.renderWidget->doneCurrent();
+        window.ui.actionAbout_Ferrox->trigger();
+        qApp->removeEventFilter(&closer);
+        ASSERT_EQ(closer.shown, 1);
+        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowTitleHint));
+        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowSystemMenuHint));
+        window.renderWidget->makeCurrent();
+        EXPECT_EQ(closer.vendor, glText(GL_VENDOR));
+        EXPECT_EQ(closer.renderer, glText(GL_RENDERER));
+        EXPECT_FALSE(closer.renderer.isEmpty());
+    });
 }
