@@ -24,8 +24,10 @@ FindReplaceForm::~FindReplaceForm() = default;
 
 void FindReplaceForm::setTextEdit(QTextEdit* edit)
 {
-    if (editor)
-        disconnect(editor, nullptr, this, nullptr);
+    if (editor) {
+        disconnect(editor, nullptr, ui->replaceButton, nullptr);
+        disconnect(editor, nullptr, ui->replaceAllButton, nullptr);
+    }
     editor = edit;
     textCursor = edit ? edit->textCursor() : QTextCursor();
     const bool selected = edit && edit->textCursor().hasSelection();
