@@ -127,7 +127,7 @@ void VisualEditWidget::saveVisual()
              QStringLiteral("Failed to create directory: ") + directory);
         return;
     }
-    if (!writeVisual(target, text))
+    if (!writeVisual(target, path, text))
         return;
     informationBox(this, programName(), tr("Visual file saved ok."), QMessageBox::Ok);
 }
@@ -140,7 +140,7 @@ QString VisualEditWidget::shownVisualPath() const
     return mesh && mesh->visual ? mesh->visual->path : QString();
 }
 
-bool VisualEditWidget::writeVisual(const QString& target, const QString& text)
+bool VisualEditWidget::writeVisual(const QString& target, const QString& path, const QString& text)
 {
     // Written completely or not at all: an older file stays if anything fails.
     QSaveFile file(target);
@@ -149,7 +149,7 @@ bool VisualEditWidget::writeVisual(const QString& target, const QString& text)
              QStringLiteral("Failed to open file for writing: ") + target);
         return false;
     }
-    Log::log(QStringLiteral("Saving: ") + shownVisualPath(), Log::Info);
+    Log::log(QStringLiteral("Saving: ") + path, Log::Info);
     QTextStream stream(&file);
     stream << text;
     stream.flush();

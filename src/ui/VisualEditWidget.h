@@ -49,7 +49,7 @@ private:
     // The .visual path of the shown tab's part in the present state; empty
     // when no vehicle is loaded or the state has no visual of it.
     QString shownVisualPath() const;
-    bool writeVisual(const QString& target, const QString& text);
+    bool writeVisual(const QString& target, const QString& path, const QString& text);
     void warn(const QString& boxText, const QString& logText);
 
     XmlHighlighter* highlighters[4] = {};
