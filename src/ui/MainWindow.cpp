@@ -20,6 +20,7 @@
 #include "TurretGunChooser.h"
 #include "UpdateCheck.h"
 #include "VehicleScene.h"
+#include "VisualEditWidget.h"
 
 #include <QColorDialog>
 #include <QCoreApplication>
@@ -68,6 +69,8 @@ void showOk(bool warning, QWidget* parent, const QString& text)
 
 MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags)
 {
+    visualEditor = new VisualEditWidget(this);
+    visualEditor->hide();
     mainWindow = this;
     Log::log(QStringLiteral("Creating main window"), Log::Info);
     qRegisterMetaType<ShellParamaters>("ShellParamaters");
@@ -178,6 +181,7 @@ void MainWindow::connectTankLoader(TankLoader& loader)
         setSpinRange(ui.gunRotationSpin, minimum, maximum);
     };
     loader.window.addRecent = [this](const QString& name) { addTankRecent(name); };
+    visualEditor->connectVisualText(loader.window);
     connect(&loader, SIGNAL(tankLoaded()), this, SLOT(tankOptionsChanged()));
     connect(this, SIGNAL(armorModeToggled(bool)), &loader, SLOT(armorToggle(bool)));
 }
@@ -420,7 +424,9 @@ void MainWindow::showScreenshot()
 
 void MainWindow::showVisualEditor()
 {
-    notThereYet("Visual Editor");
+    visualEditor->show();
+    visualEditor->raise();
+    visualEditor->activateWindow();
 }
 
 void MainWindow::updateCheck()

@@ -15,6 +15,7 @@ class QSqlQuery;
 class RenderWidget;
 class TankLoader;
 class UpdateCheck;
+class VisualEditWidget;
 
 // The program's only top-level window: menus, the two tool bars, the
 // docks around the viewport, the window layout on disk, full-screen mode
@@ -56,6 +57,8 @@ public:
     ArmorSelections armorSelections;
     // Lives as long as the window; the member can't share the slot's name.
     UpdateCheck* updateChecker = nullptr;
+    // The one visual editor, made hidden with the window.
+    VisualEditWidget* visualEditor = nullptr;
 
 signals:
     void reloadSceneItems();
