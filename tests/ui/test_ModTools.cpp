@@ -239,7 +239,8 @@ TEST_F(ModToolsTest, ExtractionAsksBeforeOverwritingAndStopsWhenCancelled)
             EXPECT_EQ(fileBytes(first), test.restored ? original : QByteArray("modder's work"));
         }
     });
-    EXPECT_TRUE(logLines().contains(QStringLiteral("[ Warning ] Failed to extract textures: Talon")));
+    EXPECT_TRUE(
+        logLines().contains(QStringLiteral("[ Warning ] Failed to extract textures: Talon")));
 }
 
 TEST_F(ModToolsTest, EditTextureHandsTheChosenFileToTheEditor)
