@@ -56,12 +56,10 @@ void UvGenerateUI::collect()
     if (!loader)
         return;
     // The turrets and guns that aren't mounted are loaded into GL for the
-    // occasion.
+    // occasion; the viewport's context stays current, as everywhere else.
     if (renderWidget)
         renderWidget->makeCurrent();
     const UvMap collected = UvMap::collect(*loader);
-    if (renderWidget)
-        renderWidget->doneCurrent();
     setUvData(collected.groups, collected.textures);
 }
 
