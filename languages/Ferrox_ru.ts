@@ -1,4 +1,4 @@
-<?xml version='1.0' encoding='utf-8'?>
+<?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="ru_RU">
     <context>
@@ -746,6 +746,18 @@ Please check that your Gavrel path is correct.</source>
             <source>Could not find tank: </source>
             <translation>Не удалось найти танк: </translation>
         </message>
+        <message>
+            <source>Copied image to clipboard.</source>
+            <translation>Изображение скопировано в буфер обмена.</translation>
+        </message>
+        <message>
+            <source>Image saved ok.</source>
+            <translation>Изображение сохранено.</translation>
+        </message>
+        <message>
+            <source>Failed to save screenshot.</source>
+            <translation>Не удалось сохранить снимок экрана.</translation>
+        </message>
     </context>
     <context>
         <name>MessageBoxes</name>
@@ -833,6 +845,42 @@ The preferences dialog will now be shown, please make sure the Gavrel path is co
         <message>
             <source>Export tank mesh</source>
             <translation>Экспорт модели танка</translation>
+        </message>
+        <message>
+            <source> directory does not exist in the mod folder.
+Would you like to create it?</source>
+            <translation>: папки нет в папке модов.
+Создать её?</translation>
+        </message>
+        <message>
+            <source>Create directory completed.</source>
+            <translation>Папка создана.</translation>
+        </message>
+        <message>
+            <source>Extracting texture files</source>
+            <translation>Извлечение файлов текстур</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+        <message>
+            <source>Extraction completed.</source>
+            <translation>Извлечение завершено.</translation>
+        </message>
+        <message>
+            <source>Edit texture not available in collision mode.</source>
+            <translation>Редактирование текстур недоступно в режиме коллизий.</translation>
+        </message>
+        <message>
+            <source> textures do not exist in the mod folder.
+Would you like to extract them?</source>
+            <translation>: текстур нет в папке модов.
+Извлечь их?</translation>
+        </message>
+        <message>
+            <source>Export tank completed.</source>
+            <translation>Экспорт танка завершён.</translation>
         </message>
     </context>
     <context>
@@ -1102,6 +1150,241 @@ Please check that you have sufficient write access to: </source>
         <message>
             <source>Export completed.</source>
             <translation>Экспорт завершён.</translation>
+        </message>
+    </context>
+    <context>
+        <name>EditTextureUI</name>
+        <message>
+            <source>Diffuse</source>
+            <translation>Диффузные</translation>
+        </message>
+        <message>
+            <source>Specular</source>
+            <translation>Зеркальные</translation>
+        </message>
+        <message>
+            <source>Normal</source>
+            <translation>Нормали</translation>
+        </message>
+        <message>
+            <source>Metallic</source>
+            <translation>Металличность</translation>
+        </message>
+        <message>
+            <source>Detail</source>
+            <translation>Детализация</translation>
+        </message>
+        <message>
+            <source>Exclusion</source>
+            <translation>Исключения</translation>
+        </message>
+        <message>
+            <source>Select a texture</source>
+            <translation>Выберите текстуру</translation>
+        </message>
+        <message>
+            <source>You must select a texture.</source>
+            <translation>Необходимо выбрать текстуру.</translation>
+        </message>
+    </context>
+    <context>
+        <name>EditTextureUi</name>
+        <message>
+            <source>Edit Texture</source>
+            <translation>Редактирование текстуры</translation>
+        </message>
+        <message>
+            <source>Load</source>
+            <translation>Открыть</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+    </context>
+    <context>
+        <name>ScreenShotUI</name>
+        <message>
+            <source>Screenshot</source>
+            <translation>Снимок экрана</translation>
+        </message>
+        <message>
+            <source>Save Settings</source>
+            <translation>Параметры сохранения</translation>
+        </message>
+        <message>
+            <source>Width:</source>
+            <translation>Ширина:</translation>
+        </message>
+        <message>
+            <source>Height:</source>
+            <translation>Высота:</translation>
+        </message>
+        <message>
+            <source>Quality:</source>
+            <translation>Качество:</translation>
+        </message>
+        <message>
+            <source>Low</source>
+            <translation>Низкое</translation>
+        </message>
+        <message>
+            <source>High</source>
+            <translation>Высокое</translation>
+        </message>
+        <message>
+            <source>Load Preset:</source>
+            <translation>Готовый размер:</translation>
+        </message>
+        <message>
+            <source>Background transparency:</source>
+            <translation>Прозрачный фон:</translation>
+        </message>
+        <message>
+            <source>Save</source>
+            <translation>Сохранить</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+        <message>
+            <source>Save Screenshot</source>
+            <translation>Сохранить снимок экрана</translation>
+        </message>
+        <message>
+            <source>Saving Screenshot</source>
+            <translation>Сохранение снимка экрана</translation>
+        </message>
+        <message>
+            <source>Screenshot save operation complete.</source>
+            <translation>Снимок экрана сохранён.</translation>
+        </message>
+        <message>
+            <source>Screenshot save operation failed.</source>
+            <translation>Не удалось сохранить снимок экрана.</translation>
+        </message>
+    </context>
+    <context>
+        <name>UvGenerateForm</name>
+        <message>
+            <source>Generete UV Map</source>
+            <translation>Создание UV-развёртки</translation>
+        </message>
+        <message>
+            <source>Generate Preview</source>
+            <translation>Создать просмотр</translation>
+        </message>
+        <message>
+            <source>Generate Settings</source>
+            <translation>Параметры создания</translation>
+        </message>
+        <message>
+            <source>Brush Colour:</source>
+            <translation>Цвет линий:</translation>
+        </message>
+        <message>
+            <source>...</source>
+            <translation>...</translation>
+        </message>
+        <message>
+            <source>Fill Colour:</source>
+            <translation>Цвет заливки:</translation>
+        </message>
+        <message>
+            <source>Background Colour:</source>
+            <translation>Цвет фона:</translation>
+        </message>
+        <message>
+            <source>Line Width:</source>
+            <translation>Толщина линий:</translation>
+        </message>
+        <message>
+            <source>Save Settings</source>
+            <translation>Параметры сохранения</translation>
+        </message>
+        <message>
+            <source>Save Fromat:</source>
+            <translation>Формат файла:</translation>
+        </message>
+        <message>
+            <source>PNG</source>
+            <translation>PNG</translation>
+        </message>
+        <message>
+            <source>TIFF</source>
+            <translation>TIFF</translation>
+        </message>
+        <message>
+            <source>SVG</source>
+            <translation>SVG</translation>
+        </message>
+        <message>
+            <source>Resolution:</source>
+            <translation>Разрешение:</translation>
+        </message>
+        <message>
+            <source>x1</source>
+            <translation>x1</translation>
+        </message>
+        <message>
+            <source>x2</source>
+            <translation>x2</translation>
+        </message>
+        <message>
+            <source>x3</source>
+            <translation>x3</translation>
+        </message>
+        <message>
+            <source>x4</source>
+            <translation>x4</translation>
+        </message>
+        <message>
+            <source>Save Active</source>
+            <translation>Сохранить текущую</translation>
+        </message>
+        <message>
+            <source>Save All</source>
+            <translation>Сохранить все</translation>
+        </message>
+        <message>
+            <source>Close</source>
+            <translation>Закрыть</translation>
+        </message>
+        <message>
+            <source>Ferrox SVG Generator</source>
+            <translation>Генератор SVG Ferrox</translation>
+        </message>
+    </context>
+    <context>
+        <name>UvGenerateUI</name>
+        <message>
+            <source>Warning</source>
+            <translation>Предупреждение</translation>
+        </message>
+        <message>
+            <source>You must generate a UV Map first.</source>
+            <translation>Сначала создайте UV-развёртку.</translation>
+        </message>
+        <message>
+            <source>Could not match texture name.</source>
+            <translation>Не удалось найти текстуру с таким именем.</translation>
+        </message>
+        <message>
+            <source>UV Map save operation complete.</source>
+            <translation>UV-развёртка сохранена.</translation>
+        </message>
+        <message>
+            <source>Failed to generate UV map for texuture.</source>
+            <translation>Не удалось создать UV-развёртку для текстуры.</translation>
+        </message>
+        <message>
+            <source>Save UV Map</source>
+            <translation>Сохранить UV-развёртку</translation>
+        </message>
+        <message>
+            <source>Saving UV Map</source>
+            <translation>Сохранение UV-развёртки</translation>
         </message>
     </context>
 </TS>

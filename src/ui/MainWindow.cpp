@@ -13,6 +13,8 @@
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
 #include "RenderWidget.h"
+#include "ScreenShotUI.h"
+#include "Screenshots.h"
 #include "Settings.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
@@ -22,16 +24,21 @@
 #include "VehicleScene.h"
 #include "VisualEditWidget.h"
 
+#include <QClipboard>
 #include <QColorDialog>
 #include <QCoreApplication>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QScrollBar>
 #include <QSettings>
 #include <QSqlQuery>
 #include <QStringListModel>
+#include <QTime>
+#include <QUrl>
 
 #include <cmath>
 
@@ -402,25 +409,65 @@ void MainWindow::showPreferences()
     notThereYet("Preferences");
 }
 
+// --- Screenshots ----------------------------------------------------------
+
+namespace {
+// The frame as drawn, with its alpha channel only when the user wants it.
+QImage grabViewport(RenderWidget* widget)
+{
+    const Settings* settings = Settings::instance();
+    const QImage frame = widget->grabFramebuffer();
+    return settings && settings->screenshotAlpha ? frame
+                                                 : frame.convertToFormat(QImage::Format_RGB32);
+}
+} // namespace
+
 void MainWindow::takeScreenshot()
 {
-    notThereYet("Take Screenshot");
+    QGuiApplication::clipboard()->setImage(grabViewport(renderWidget), QClipboard::Clipboard);
+    // Full-screen, a box would cover the picture the user is looking at.
+    if (!isFullScreen())
+        showOk(false, this, tr("Copied image to clipboard."));
 }
 
 void MainWindow::takeScreenshotFile()
 {
-    notThereYet("Save Screenshot to file");
+    const QImage image = grabViewport(renderWidget);
+    const Settings* settings = Settings::instance();
+    const TankLoader* loader = TankLoader::instance();
+    const QString file = Screenshots::fileName(
+        settings ? settings->screenshotPath : QString(), loader ? loader->name : QString(),
+        settings && settings->screenshotTimeStamp, QTime::currentTime());
+    Log::log(QStringLiteral("Saving screenshot: ") + file, Log::Info);
+    QString error;
+    if (Screenshots::save(image, file, -1, &error)) {
+        if (!isFullScreen())
+            showOk(false, this, tr("Image saved ok."));
+        return;
+    }
+    Log::log(QStringLiteral("Failed to save screenshot: ") + file + QStringLiteral(": ") + error,
+             Log::Warning);
+    if (!isFullScreen())
+        showOk(true, this, tr("Failed to save screenshot."));
 }
 
 void MainWindow::openScreenshotDir()
 {
-    notThereYet("Open Screenshot Directory");
+    const Settings* settings = Settings::instance();
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QDir::toNativeSeparators(
+        (settings ? settings->screenshotPath : QString()) + QDir::separator())));
 }
 
 void MainWindow::showScreenshot()
 {
-    notThereYet("Screen Shot Form");
+    {
+        ScreenShotUI dialog(this, renderWidget);
+        dialog.exec();
+    }
+    renderWidget->paused = false;
 }
+
+// --- End of screenshots ---------------------------------------------------
 
 void MainWindow::showVisualEditor()
 {

@@ -1,18 +1,52 @@
 #include "TankListView.h"
 
+#include "CommonMessages.h"
+#include "Constants.h"
+#include "EditTextureUI.h"
 #include "Log.h"
 #include "MainWindow.h"
+#include "MessageBoxes.h"
+#include "ModDirectory.h"
+#include "RenderWidget.h"
+#include "Settings.h"
+#include "TankInfo.h"
+#include "TankLoader.h"
+#include "TextureExtractor.h"
+#include "UvGenerateUI.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QProgressDialog>
 
 namespace {
-// The mod-folder tools come with their own work; until then the entry
-// points exist and say so.
-void notThereYet(const char* tool)
+QString programName()
 {
-    Log::log(QLatin1String(tool) + QStringLiteral(": not available yet."), Log::Info);
+    return QLatin1String(Ferrox::ApplicationName);
+}
+
+void warn(const QString& text)
+{
+    warningBox(mainWindow, programName(), text, QMessageBox::Ok, QMessageBox::NoButton);
+}
+
+void inform(const QString& text)
+{
+    informationBox(mainWindow, programName(), text, QMessageBox::Ok);
+}
+
+// A question with Ok and Cancel, Cancel the default; true for Ok.
+bool confirm(const QString& text)
+{
+    return warningBox(mainWindow, programName(), text, QMessageBox::Ok | QMessageBox::Cancel,
+                      QMessageBox::Cancel) == QMessageBox::Ok;
+}
+
+TankLoader* tankLoader()
+{
+    return TankLoader::instance();
 }
 } // namespace
 
@@ -55,32 +89,147 @@ void TankListView::showContextMenuForWidget(const QPoint& pos)
     contextMenu->exec(mapToGlobal(pos));
 }
 
-void TankListView::openDirectory()
+bool TankListView::selectedTank(bool needsModFolder, QString& name)
 {
-    notThereYet("Open tank directory");
+    const Settings* settings = Settings::instance();
+    if (needsModFolder && (!settings || settings->modPath.isEmpty())) {
+        warn(commonMessages->selectModFolder);
+        return false;
+    }
+    const QVariant selected = currentIndex().data(Qt::DisplayRole);
+    if (selected.isNull()) {
+        warn(commonMessages->selectTank);
+        return false;
+    }
+    name = selected.toString();
+    // A failed load leaves the tool working on the vehicle that was in view.
+    TankLoader* loader = tankLoader();
+    if (loader && loader->name != name)
+        loader->load(name);
+    return true;
 }
 
-void TankListView::editTexture()
+void TankListView::openDirectory()
 {
-    notThereYet("Edit tank textures");
+    QString name;
+    if (!selectedTank(true, name))
+        return;
+    const ModDirectory directory = ModDirectory::forTank(name);
+    if (!directory.exists()) {
+        if (!confirm(name + tr(" directory does not exist in the mod folder.\n"
+                               "Would you like to create it?")))
+            return;
+        createDirectory();
+    }
+    directory.open();
 }
 
 void TankListView::createDirectory()
 {
-    notThereYet("Create tank directory");
+    QString name;
+    if (!selectedTank(true, name))
+        return;
+    switch (ModDirectory::forTank(name).create()) {
+    case ModDirectory::Creation::AlreadyExists:
+        inform(commonMessages->directoryExists);
+        break;
+    case ModDirectory::Creation::Failed:
+        warn(commonMessages->createDirectoryFailed);
+        break;
+    case ModDirectory::Creation::Created:
+        inform(tr("Create directory completed."));
+        break;
+    }
 }
 
 void TankListView::extractTextures()
 {
-    notThereYet("Extract all tank textures");
+    QString name;
+    if (!selectedTank(true, name))
+        return;
+    if (!extractWithProgress()) {
+        warn(commonMessages->extractTexturesFailed);
+        Log::log(QStringLiteral("Failed to extract textures: ") + name, Log::Warning);
+    }
+}
+
+bool TankListView::extractWithProgress()
+{
+    TankLoader* loader = tankLoader();
+    if (!loader || !loader->loaded || !loader->info)
+        return false;
+    const int count = int(loader->info->allTextureFiles.size());
+    QProgressDialog progress(tr("Extracting texture files"), tr("Cancel"), 0, count - 1,
+                             mainWindow);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setValue(0);
+    progress.show();
+    progress.activateWindow();
+    QCoreApplication::processEvents();
+
+    TextureExtractor extractor(Settings::instance()->modPath);
+    extractor.confirmOverwrite = [](const QString& question, const QString&) {
+        return confirm(question);
+    };
+    extractor.progress = [&progress](int index, int) {
+        progress.setValue(index);
+        return !progress.wasCanceled();
+    };
+    const TextureExtractor::Outcome outcome = extractor.extractTank(*loader);
+    progress.close();
+    if (outcome != TextureExtractor::Outcome::Completed)
+        return false;
+    inform(tr("Extraction completed."));
+    return true;
+}
+
+void TankListView::editTexture()
+{
+    TankLoader* loader = tankLoader();
+    if (loader && loader->damageMode == Collision) {
+        warn(tr("Edit texture not available in collision mode."));
+        return;
+    }
+    QString name;
+    if (!selectedTank(true, name) || !loader)
+        return;
+    EditTextureUI dialog(mainWindow, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
+    dialog.fill(*loader);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const Settings* settings = Settings::instance();
+    const QString file = ModDirectory::fileInModFolder(settings->modPath, dialog.chosenPath());
+    if (!QFileInfo::exists(file)) {
+        if (!confirm(name + tr(" textures do not exist in the mod folder.\n"
+                               "Would you like to extract them?")))
+            return;
+        extractTextures();
+    }
+    openInImageEditor(settings->imageEditor, file);
 }
 
 void TankListView::generateUVMap()
 {
-    notThereYet("Generate UV Map");
+    QString name;
+    if (!selectedTank(false, name))
+        return;
+    UvGenerateUI dialog(mainWindow, tankLoader(), mainWindow ? mainWindow->renderWidget : nullptr);
+    dialog.exec();
 }
 
 void TankListView::exportTankMesh()
 {
-    notThereYet("Export tank mesh");
+    QString name;
+    if (!selectedTank(true, name) || name.isEmpty())
+        return;
+    TankLoader* loader = tankLoader();
+    if (!loader)
+        return;
+    const QString directory = ModDirectory::forTank(name).exportDirectory(loader->damageMode);
+    if (!QFileInfo(directory).isDir() && !ModDirectory::makePath(directory)) {
+        warn(commonMessages->createDirectoryFailed);
+        return;
+    }
+    loader->exportAll();
+    inform(tr("Export tank completed."));
 }

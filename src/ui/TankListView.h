@@ -28,5 +28,12 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
+    // The checks every tool starts with: a mod folder (when needsModFolder),
+    // a selected row, and that vehicle in view. False, after its box, when
+    // the tool can't go on.
+    bool selectedTank(bool needsModFolder, QString& name);
+    // The extraction with its progress dialog and overwrite questions.
+    bool extractWithProgress();
+
     QMenu* contextMenu;
 };
