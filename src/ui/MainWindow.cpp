@@ -927,6 +927,8 @@ void MainWindow::connectArmorInspection()
 
 void MainWindow::showArmorTable(QTableView* table, QStandardItemModel* model)
 {
+    if (table->model() == model)
+        return;
     // A view leaves the selection model of its old model to its caller.
     QItemSelectionModel* old = table->selectionModel();
     table->setModel(model);
