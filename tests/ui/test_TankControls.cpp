@@ -30,7 +30,7 @@ QStringList items(const QComboBox* box)
 TEST_F(WindowTest, TankListFollowsTheFilterBoxesAndText)
 {
     runWindow([](MainWindow& window) {
-        EXPECT_EQ(listedNames(window).size(), 25);
+        EXPECT_EQ(listedNames(window).size(), 26);
         // Nation, category, tier, filter text; the vehicles listed.
         const std::tuple<const char*, const char*, const char*, const char*, QStringList> cases[] =
             {
