@@ -2,6 +2,49 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ru_RU">
     <context>
+        <name>ArmorWidget</name>
+        <message>
+            <source>Material: </source>
+            <translation>Материал: </translation>
+        </message>
+        <message>
+            <source>Angle: </source>
+            <translation>Угол: </translation>
+        </message>
+        <message>
+            <source>normalized</source>
+            <translation>с нормализацией</translation>
+        </message>
+        <message>
+            <source>Armor: </source>
+            <translation>Броня: </translation>
+        </message>
+        <message>
+            <source>mm</source>
+            <translation>мм</translation>
+        </message>
+        <message>
+            <source>mm </source>
+            <translation>мм </translation>
+        </message>
+        <message>
+            <source>effective</source>
+            <translation>приведённая</translation>
+        </message>
+        <message>
+            <source>Ricochet</source>
+            <translation>Рикошет</translation>
+        </message>
+        <message>
+            <source>Free Travel: </source>
+            <translation>Свободный пролёт: </translation>
+        </message>
+        <message>
+            <source>cm</source>
+            <translation>см</translation>
+        </message>
+    </context>
+    <context>
         <name>CommonMessages</name>
         <message>
             <source>You must select a tank.</source>

@@ -7,8 +7,10 @@
 #include "Material.h"
 #include "MaterialLoader.h"
 #include "MeshGeometry.h"
+#include "ObjExporter.h"
 #include "Physics.h"
 #include "PrimitiveParser.h"
+#include "Settings.h"
 #include "ShaderLoader.h"
 #include "TransformChain.h"
 #include "TurretGunChooser.h"
@@ -248,6 +250,23 @@ bool CollisionMesh::reload()
     const Vector3 kept = offset;
     release();
     return load(path, kept, partType);
+}
+
+bool CollisionMesh::exportObj()
+{
+    // Without a mod folder the files would land beside the program.
+    const Settings* settings = Settings::instance();
+    if (!chain || !settings || settings->modPath.isEmpty())
+        return false;
+    // Like the other models of the vehicle, the chassis leaves the chain as
+    // it found it, so an export never shifts the parts after it.
+    if (partType == 0)
+        chain->push();
+    chain->multiply(translationMatrix(offset));
+    const bool written = ObjExporter(settings->modPath).exportMesh(*this, chain->current);
+    if (partType == 0)
+        chain->pop();
+    return written;
 }
 
 void CollisionMesh::refreshColours()

@@ -53,8 +53,8 @@ public:
     void removeFromWorld();
     void unload() override;
     bool reload() override;
-    // OBJ export comes with the exporter; until then nothing is written.
-    bool exportObj() override { return false; }
+    // The plates as OBJ files below the mod folder, placed as drawn.
+    bool exportObj() override;
     // Never draws in the shadow pass. Hidden, it only moves the plates' ray
     // objects to where the part stands.
     void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;

@@ -7,6 +7,7 @@
 #include "FileManager.h"
 #include "Log.h"
 #include "MoReaderCached.h"
+#include "Physics.h"
 #include "Settings.h"
 
 MainApplication::MainApplication(int& argc, char** argv) : QApplication(argc, argv) {}
@@ -32,6 +33,8 @@ void MainApplication::initialise()
     // Connects itself to the game path; its first rebuild runs in the
     // viewport's GL start-up, once the loaders it needs exist.
     new Database;
+    // The armour inspection's ray world, which needs no GL.
+    new Physics;
     initialised = true;
 }
 
@@ -39,6 +42,7 @@ MainApplication::~MainApplication()
 {
     if (!initialised)
         return;
+    delete Physics::instance();
     delete Database::instance();
     // Its GL objects are freed only if a context is still current; the
     // window and its context are gone by now in a normal shutdown.

@@ -5,6 +5,7 @@
 #include "CamoList.h"
 #include "CamoLoader.h"
 #include "CamoScene.h"
+#include "CollisionArmor.h"
 #include "CommonMessages.h"
 #include "Constants.h"
 #include "Database.h"
@@ -12,6 +13,7 @@
 #include "Log.h"
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
+#include "Physics.h"
 #include "RenderWidget.h"
 #include "ScreenShotUI.h"
 #include "Screenshots.h"
@@ -36,6 +38,7 @@
 #include <QScrollBar>
 #include <QSettings>
 #include <QSqlQuery>
+#include <QStandardItemModel>
 #include <QStringListModel>
 #include <QTime>
 #include <QUrl>
@@ -124,6 +127,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     if (TankLoader* loader = TankLoader::instance())
         connectTankLoader(*loader);
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
+    connectArmorInspection();
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);
@@ -155,6 +159,8 @@ MainWindow::~MainWindow()
     saveRecentList();
     if (TankLoader* loader = TankLoader::instance())
         loader->window = TankWindowSink{};
+    if (CollisionArmor* armor = CollisionArmor::instance())
+        armor->tablesChanged = nullptr;
     if (mainWindow == this) {
         mainWindow = nullptr;
         setStatusMessageSink({});
@@ -995,18 +1001,41 @@ void MainWindow::emitShellParamaters()
     emit shellParamatersChanged(shell);
 }
 
-void MainWindow::selectArmor(ArmorSelection& selection, QTableView* table, const QModelIndex& index)
+void MainWindow::connectArmorInspection()
 {
-    if (!selection.toggle(index.data(Qt::DisplayRole).toFloat()))
-        table->clearSelection();
+    if (Physics* physics = Physics::instance())
+        connect(this, &MainWindow::shellParamatersChanged, physics, &Physics::setShellParamaters);
+    CollisionArmor* armor = CollisionArmor::instance();
+    if (!armor)
+        return;
+    armor->tablesChanged = [this](QStandardItemModel* regular, QStandardItemModel* spaced) {
+        showArmorTable(ui.armorTableView, regular);
+        showArmorTable(ui.spacedArmorTableView, spaced);
+    };
+    connect(ui.spacedArmorCheckbox, &QCheckBox::toggled, armor,
+            [armor](bool hide) { armor->hideSpacedArmor = hide; });
+}
+
+void MainWindow::showArmorTable(QTableView* table, QStandardItemModel* model)
+{
+    if (table->model() == model)
+        return;
+    // A view leaves the selection model of its old model to its caller.
+    QItemSelectionModel* old = table->selectionModel();
+    table->setModel(model);
+    delete old;
 }
 
 void MainWindow::regularArmorClicked(QModelIndex index)
 {
-    selectArmor(armorSelections.regular, ui.armorTableView, index);
+    CollisionArmor* armor = CollisionArmor::instance();
+    if (armor && !armor->toggleRegularSelection(index.data(Qt::DisplayRole).toFloat()))
+        ui.armorTableView->clearSelection();
 }
 
 void MainWindow::spacedArmorClicked(QModelIndex index)
 {
-    selectArmor(armorSelections.spaced, ui.spacedArmorTableView, index);
+    CollisionArmor* armor = CollisionArmor::instance();
+    if (armor && !armor->toggleSpacedSelection(index.data(Qt::DisplayRole).toFloat()))
+        ui.spacedArmorTableView->clearSelection();
 }

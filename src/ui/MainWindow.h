@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ArmorSelection.h"
 #include "ShellParamaters.h"
 #include "ui_MainWindow.h"
 
@@ -12,6 +11,7 @@
 
 class QDockWidget;
 class QSqlQuery;
+class QStandardItemModel;
 class RenderWidget;
 class TankLoader;
 class UpdateCheck;
@@ -52,9 +52,6 @@ public:
     QAction* recentActions[RecentCount] = {};
     QStringList recentTanks;
     bool docksHiddenBeforeFullscreen = false;
-    // The armour tables' selections; the armour model reads them when it
-    // colours the plates.
-    ArmorSelections armorSelections;
     // Lives as long as the window; the member can't share the slot's name.
     UpdateCheck* updateChecker = nullptr;
     // The one visual editor, made hidden with the window.
@@ -140,6 +137,7 @@ private:
     void toggleDock(QDockWidget* dock);
     void connectTankLoader(TankLoader& loader);
     void connectCamouflage();
+    void connectArmorInspection();
     void applySceneSettings();
     void showTankNames(QSqlQuery* query);
     void setDrawStyle(QAction* active, bool wireframe, bool solidWire);
@@ -147,7 +145,7 @@ private:
     void refreshRecentActions();
     void loadRecentList();
     void saveRecentList() const;
-    void selectArmor(ArmorSelection& selection, QTableView* table, const QModelIndex& index);
+    static void showArmorTable(QTableView* table, QStandardItemModel* model);
     void setSpinRange(QDoubleSpinBox* spin, float minimum, float maximum);
     QList<QAction*> windowActions() const;
 };

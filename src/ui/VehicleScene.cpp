@@ -1,5 +1,7 @@
 #include "VehicleScene.h"
 
+#include "ArmorInspection.h"
+#include "Physics.h"
 #include "RenderWidget.h"
 #include "TankLoader.h"
 
@@ -15,10 +17,28 @@ void vehicleFacts(const TankLoader& loader, OverlayFacts& facts)
     facts.tankTriangles = loader.loaded ? loader.triangleCount() : 0;
 }
 
+// The ray world outlives the viewport: its marks and drawer point into the
+// widget only while the widget's GL, and with it the loader, exists.
+void connectViewportToRays(RenderWidget& widget, const TankLoader& loader)
+{
+    Physics* physics = Physics::instance();
+    if (!physics)
+        return;
+    connectArmorViewport(widget, *physics);
+    QObject::connect(&loader, &QObject::destroyed, [] {
+        if (Physics* current = Physics::instance()) {
+            current->marks = ShotMarks{};
+            current->debugDrawer.lines = nullptr;
+        }
+    });
+}
+
 TankLoader* makeTankLoader(RenderWidget& widget)
 {
     auto* loader = new TankLoader(&widget);
     loader->window.renewOverlay = [&widget] { widget.overlay.dirty = true; };
+    installArmorInspection(*loader);
+    connectViewportToRays(widget, *loader);
     // Through the singleton: the drawable outlives the loader, which goes
     // with the widget's GL.
     widget.addSceneDrawable([](ScenePass pass) {

@@ -52,11 +52,12 @@ TEST(TankInfo, TextureListsOfTheSampleVehicles)
          {},
          {"Tank_CM.dds", "Turret_CM.dds", "Turret_02_CM.dds"}},
         // Visuals only in the processed form of current clients.
+        // No mask for the whole vehicle; the turrets bring their own.
         {"borvia/b01_kestrel.xml",
          "vehicles/Borvia/B01_Kestrel/",
          {"Hull_AM.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga", "Gun_01_AM.dds"},
          {},
-         {}},
+         {"Turret_CM.dds", "Turret_02_CM.dds"}},
         // Plain text.
         {"drevnia/d02_ironmoth.xml",
          "vehicles/Drevnia/D02_Ironmoth/",

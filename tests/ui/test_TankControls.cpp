@@ -1,6 +1,6 @@
 // The tank controls of the window on the sample installation: list and
 // filters, loading, recent tanks, turret and gun, limits, rotations, draw
-// styles, model and lighting, scene settings and the armour tables.
+// styles, model and lighting and scene settings.
 
 #include "WindowFixture.h"
 
@@ -10,7 +10,6 @@
 #include "TurretGunChooser.h"
 
 #include <QSettings>
-#include <QStandardItemModel>
 
 namespace {
 QStringList sorted(QStringList names)
@@ -31,7 +30,7 @@ QStringList items(const QComboBox* box)
 TEST_F(WindowTest, TankListFollowsTheFilterBoxesAndText)
 {
     runWindow([](MainWindow& window) {
-        EXPECT_EQ(listedNames(window).size(), 25);
+        EXPECT_EQ(listedNames(window).size(), 26);
         // Nation, category, tier, filter text; the vehicles listed.
         const std::tuple<const char*, const char*, const char*, const char*, QStringList> cases[] =
             {
@@ -317,31 +316,4 @@ TEST_F(WindowTest, SceneSettingsAreWrittenBackIntoTheSettingsFile)
     EXPECT_TRUE(saved.showRenderInfo);
     EXPECT_FALSE(saved.showShadows);
     EXPECT_EQ(saved.viewportColor.rgb(), QColor(10, 20, 30).rgb());
-}
-
-TEST_F(WindowTest, ArmourTableClickSelectsAndASecondClickClears)
-{
-    runWindow([](MainWindow& window) {
-        QStandardItemModel regular(1, 3);
-        const float values[] = {0, 45, 45.5f};
-        for (int column = 0; column < 3; ++column)
-            regular.setItem(0, column, new QStandardItem(QString::number(values[column])));
-        window.ui.armorTableView->setModel(&regular);
-        const ArmorSelection& selection = window.armorSelections.regular;
-        // Column clicked; highlight and value after.
-        const std::tuple<int, bool, float> clicks[] = {
-            {1, true, 45},  {1, false, -1}, {0, true, 0},
-            {0, false, -1}, {1, true, 45},  {2, true, 45.5f},
-        };
-        for (const auto& [column, highlight, value] : clicks) {
-            window.ui.armorTableView->setCurrentIndex(regular.index(0, column));
-            emit window.ui.armorTableView->clicked(regular.index(0, column));
-            EXPECT_EQ(selection.highlight, highlight) << column;
-            EXPECT_FLOAT_EQ(selection.value, value);
-        }
-        emit window.ui.armorTableView->clicked(regular.index(0, 2));
-        EXPECT_FALSE(window.ui.armorTableView->selectionModel()->hasSelection());
-        EXPECT_FALSE(window.armorSelections.spaced.highlight);
-        window.ui.armorTableView->setModel(nullptr);
-    });
 }

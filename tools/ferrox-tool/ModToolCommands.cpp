@@ -1,6 +1,7 @@
 #include "ModToolCommands.h"
 
 #include "OffscreenVehicle.h"
+#include "Physics.h"
 #include "Settings.h"
 #include "TankInfo.h"
 #include "TankLoader.h"
@@ -123,7 +124,10 @@ int objCommand(const ToolArguments& arguments)
     if (!readOutputFolder(arguments, "out", &out) ||
         !readState(arguments.option(QStringLiteral("state")), &state))
         return 1;
+    // The collision state needs the armour inspection and its ray world.
+    Physics physics;
     OffscreenVehicle vehicle;
+    vehicle.installArmor = state == Collision;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
