@@ -12,6 +12,7 @@
 #include "Log.h"
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
+#include "Preferences.h"
 #include "RenderWidget.h"
 #include "Settings.h"
 #include "StartupError.h"
@@ -399,7 +400,24 @@ void MainWindow::aboutHelp()
 
 void MainWindow::showPreferences()
 {
-    notThereYet("Preferences");
+    Settings* settings = Settings::instance();
+    if (!settings)
+        return;
+    Preferences dialog(this, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const bool restart = dialog.applyTo(*settings);
+    setDockOptions(settings->verticalTabs ? dockOptions() | QMainWindow::VerticalTabs
+                                          : dockOptions() & ~QMainWindow::VerticalTabs);
+
+    if (!settings->validateGavrelPath(settings->gavrelPath)) {
+        const QString message =
+            tr("Gavrel path does not appear to be valid. Please check Preferences again.");
+        Log::log(message, Log::Warning);
+        showOk(true, this, message);
+    }
+    if (restart)
+        showOk(false, this, tr("Application requires restart for settings to take effect."));
 }
 
 void MainWindow::takeScreenshot()
