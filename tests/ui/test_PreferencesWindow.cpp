@@ -5,9 +5,15 @@
 #include "WindowFixture.h"
 
 #include "DialogAnswer.h"
+#include "FindReplaceForm.h"
 #include "Preferences.h"
 #include "Settings.h"
+#include "VisualEditWidget.h"
 #include "ui_Preferences.h"
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QPushButton>
 
 #include <functional>
 
@@ -206,4 +212,32 @@ TEST_F(PreferencesWindowTest, FirstRunOpensPreferencesAfterTheListsFirstFill)
     EXPECT_TRUE(boxes.boxes[0].text.startsWith(
         QStringLiteral("Could not locate settings file, creating a new one.")));
     EXPECT_FALSE(boxTextsFrom(1).contains(InvalidPath));
+}
+
+TEST_F(PreferencesWindowTest, RussianLocaleTranslatesPreferencesAndTheVisualEditor)
+{
+    QDir(root.root()).mkpath(QStringLiteral("languages"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
+                            root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
+    QStringList shown;
+    DialogAnswer answer(QStringLiteral("PreferencesDialog"), false, [&shown](QDialog& dialog) {
+        const Ui::Preferences& ui = *static_cast<Preferences&>(dialog).ui;
+        shown << dialog.windowTitle() << ui.listWidget->item(2)->text()
+              << ui.buttonBox->button(QDialogButtonBox::Ok)->text()
+              << ui.camInvertX->text()
+              // The renderer reads these texts back from the settings.
+              << ui.MsaaCombo->itemText(0) << ui.TextureFilterCombo->itemText(1);
+    });
+    runWindow(
+        [](MainWindow& window) {
+            window.showPreferences();
+            EXPECT_EQ(window.visualEditor->windowTitle(), QStringLiteral("Редактор визуалов"));
+            auto* find = window.visualEditor->findChild<FindReplaceForm*>();
+            ASSERT_NE(find, nullptr);
+            EXPECT_EQ(find->windowTitle(), QStringLiteral("Найти и заменить"));
+        },
+        QStringLiteral("ru_RU"));
+    EXPECT_EQ(shown, (QStringList{QStringLiteral("Настройки"), QStringLiteral("Отрисовка"),
+                                  QStringLiteral("ОК"), QStringLiteral("Инвертировать X"),
+                                  QStringLiteral("Disabled"), QStringLiteral("Trilinear")}));
 }
