@@ -108,7 +108,8 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     if (Database* database = Database::instance())
         connect(database, SIGNAL(databaseRebuilt()), this, SLOT(updateTankList()));
     updateTankList();
-    if (Settings::instance() && Settings::instance()->firstRun)
+    // A run that ends in the fatal box before its loop asks for nothing.
+    if (Settings::instance() && Settings::instance()->firstRun && !startupErrorPending())
         showPreferences();
     applySceneSettings();
     // After the first fill, so that the fill doesn't run the filter.
