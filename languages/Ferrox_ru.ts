@@ -801,6 +801,14 @@ Please check that your Gavrel path is correct.</source>
             <source>Failed to save screenshot.</source>
             <translation>Не удалось сохранить снимок экрана.</translation>
         </message>
+        <message>
+            <source>Gavrel path does not appear to be valid. Please check Preferences again.</source>
+            <translation>Путь к Gavrel, похоже, неверен. Проверьте настройки ещё раз.</translation>
+        </message>
+        <message>
+            <source>Application requires restart for settings to take effect.</source>
+            <translation>Чтобы настройки вступили в силу, программу нужно перезапустить.</translation>
+        </message>
     </context>
     <context>
         <name>MessageBoxes</name>
@@ -1428,6 +1436,275 @@ Please check that you have sufficient write access to: </source>
         <message>
             <source>Saving UV Map</source>
             <translation>Сохранение UV-развёртки</translation>
+        </message>
+    </context>
+    <context>
+        <name>Preferences</name>
+        <message>
+            <source>Preferences</source>
+            <translation>Настройки</translation>
+        </message>
+        <message>
+            <source>Paths</source>
+            <translation>Пути</translation>
+        </message>
+        <message>
+            <source>General</source>
+            <translation>Общие</translation>
+        </message>
+        <message>
+            <source>Renderer</source>
+            <translation>Отрисовка</translation>
+        </message>
+        <message>
+            <source>Gavrel Path:       </source>
+            <translation>Путь к Gavrel:       </translation>
+        </message>
+        <message>
+            <source>...</source>
+            <translation>...</translation>
+        </message>
+        <message>
+            <source>Mod Path:       </source>
+            <translation>Папка модов:       </translation>
+        </message>
+        <message>
+            <source>Image Editor: </source>
+            <translation>Редактор изображений: </translation>
+        </message>
+        <message>
+            <source>Screenshots:  </source>
+            <translation>Снимки экрана:  </translation>
+        </message>
+        <message>
+            <source>ScreenShots:</source>
+            <translation>Снимки экрана:</translation>
+        </message>
+        <message>
+            <source>Background transparency:</source>
+            <translation>Прозрачный фон:</translation>
+        </message>
+        <message>
+            <source>Disabled</source>
+            <translation>Выключено</translation>
+        </message>
+        <message>
+            <source>Enabled</source>
+            <translation>Включено</translation>
+        </message>
+        <message>
+            <source>Filename format:</source>
+            <translation>Формат имени файла:</translation>
+        </message>
+        <message>
+            <source>Tankname</source>
+            <translation>Имя танка</translation>
+        </message>
+        <message>
+            <source>Tankname_timestamp</source>
+            <translation>Имя танка_время</translation>
+        </message>
+        <message>
+            <source>Camera Panning:</source>
+            <translation>Сдвиг камеры:</translation>
+        </message>
+        <message>
+            <source>Invert X</source>
+            <translation>Инвертировать X</translation>
+        </message>
+        <message>
+            <source>Invert Y</source>
+            <translation>Инвертировать Y</translation>
+        </message>
+        <message>
+            <source>Miscellaneous:</source>
+            <translation>Разное:</translation>
+        </message>
+        <message>
+            <source>Vertical tabs</source>
+            <translation>Вертикальные вкладки</translation>
+        </message>
+        <message>
+            <source>Use non native file dialogs</source>
+            <translation>Не использовать системные диалоги файлов</translation>
+        </message>
+        <message>
+            <source>Prompt to overwrite textures</source>
+            <translation>Спрашивать перед перезаписью текстур</translation>
+        </message>
+        <message>
+            <source>Anti-Aliasing:</source>
+            <translation>Сглаживание:</translation>
+        </message>
+        <message>
+            <source>Texture Filtering:</source>
+            <translation>Фильтрация текстур:</translation>
+        </message>
+        <message>
+            <source>VSync:</source>
+            <translation>Вертикальная синхронизация:</translation>
+        </message>
+        <message>
+            <source>ShadowMap Size:</source>
+            <translation>Размер карты теней:</translation>
+        </message>
+        <message>
+            <source>Shadow Samples:</source>
+            <translation>Выборок тени:</translation>
+        </message>
+        <message>
+            <source>Ok</source>
+            <translation>ОК</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Отмена</translation>
+        </message>
+        <message>
+            <source>Gavrel path is empty, using default path.</source>
+            <translation>Путь к Gavrel не указан, используется путь по умолчанию.</translation>
+        </message>
+    </context>
+    <context>
+        <name>FindReplaceForm</name>
+        <message>
+            <source>Find and Replace</source>
+            <translation>Найти и заменить</translation>
+        </message>
+        <message>
+            <source>&amp;Find:</source>
+            <translation>&amp;Найти:</translation>
+        </message>
+        <message>
+            <source>R&amp;eplace with:</source>
+            <translation>&amp;Заменить на:</translation>
+        </message>
+        <message>
+            <source>D&amp;irection</source>
+            <translation>&amp;Направление</translation>
+        </message>
+        <message>
+            <source>&amp;Down</source>
+            <translation>&amp;Вниз</translation>
+        </message>
+        <message>
+            <source>&amp;Up</source>
+            <translation>&amp;Вверх</translation>
+        </message>
+        <message>
+            <source>&amp;Options</source>
+            <translation>&amp;Параметры</translation>
+        </message>
+        <message>
+            <source>&amp;Case sensitive</source>
+            <translation>&amp;Учитывать регистр</translation>
+        </message>
+        <message>
+            <source>&amp;Whole words only</source>
+            <translation>&amp;Только слова целиком</translation>
+        </message>
+        <message>
+            <source>R&amp;egular Expression</source>
+            <translation>Р&amp;егулярное выражение</translation>
+        </message>
+        <message>
+            <source>&amp;Find</source>
+            <translation>&amp;Найти</translation>
+        </message>
+        <message>
+            <source>&amp;Close</source>
+            <translation>&amp;Закрыть</translation>
+        </message>
+        <message>
+            <source>&amp;Replace</source>
+            <translation>&amp;Заменить</translation>
+        </message>
+        <message>
+            <source>Replace &amp;All</source>
+            <translation>Заменить &amp;все</translation>
+        </message>
+        <message>
+            <source>no match found</source>
+            <translation>совпадений не найдено</translation>
+        </message>
+        <message numerus="yes">
+            <source>Replaced %n occurrence(s)</source>
+            <translation>
+                <numerusform>Заменено %n совпадение</numerusform>
+                <numerusform>Заменено %n совпадения</numerusform>
+                <numerusform>Заменено %n совпадений</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>VisualEditWidget</name>
+        <message>
+            <source>Visual Editor</source>
+            <translation>Редактор визуалов</translation>
+        </message>
+        <message>
+            <source>Chassis Visual</source>
+            <translation>Визуал ходовой</translation>
+        </message>
+        <message>
+            <source>Undo</source>
+            <translation>Отменить</translation>
+        </message>
+        <message>
+            <source>Redo</source>
+            <translation>Повторить</translation>
+        </message>
+        <message>
+            <source>Cut</source>
+            <translation>Вырезать</translation>
+        </message>
+        <message>
+            <source>Copy</source>
+            <translation>Копировать</translation>
+        </message>
+        <message>
+            <source>Paste</source>
+            <translation>Вставить</translation>
+        </message>
+        <message>
+            <source>Save to the mod folder</source>
+            <translation>Сохранить в папку модов</translation>
+        </message>
+        <message>
+            <source>Find and replace</source>
+            <translation>Найти и заменить</translation>
+        </message>
+        <message>
+            <source>Hull Visual</source>
+            <translation>Визуал корпуса</translation>
+        </message>
+        <message>
+            <source>Turret Visual</source>
+            <translation>Визуал башни</translation>
+        </message>
+        <message>
+            <source>Gun Visual</source>
+            <translation>Визуал орудия</translation>
+        </message>
+        <message>
+            <source>You must select a mod folder in the application preferences.</source>
+            <translation>Необходимо выбрать папку модов в настройках программы.</translation>
+        </message>
+        <message>
+            <source>Failed to create directory</source>
+            <translation>Не удалось создать папку</translation>
+        </message>
+        <message>
+            <source>Visual file saved ok.</source>
+            <translation>Файл визуала сохранён.</translation>
+        </message>
+        <message>
+            <source>Failed to open file for writing: </source>
+            <translation>Не удалось открыть файл для записи: </translation>
+        </message>
+        <message>
+            <source>Failed to write file: </source>
+            <translation>Не удалось записать файл: </translation>
         </message>
     </context>
 </TS>

@@ -236,6 +236,12 @@ WINDOW_ICONS = {
                           (("poly", [(0.5, 0.1), (0.9, 0.1), (0.9, 0.55), (0.5, 0.95)]), (140, 145, 155))],
     "Log.png": page_shapes() + [(("rect", 0.28, 0.3 + 0.14 * i, 0.72, 0.35 + 0.14 * i), c)
                                 for i, c in enumerate((GREY, ORANGE, GREY, RED))],
+    # The pages of the preferences dialog.
+    "settings.png": [(("circle", 0.5, 0.5, 0.44), STEEL)] + [
+        (("rect", 0.2, 0.24 + 0.2 * i, 0.8, 0.3 + 0.2 * i), WHITE) for i in range(3)] + [
+        (("circle", u, 0.27 + 0.2 * i, 0.07), ORANGE) for i, u in enumerate((0.35, 0.65, 0.45))],
+    "opengl_logo.png": [(("rect", 0.05, 0.2, 0.95, 0.8), WHITE), (("ring", 0.3, 0.5, 0.12, 0.22), BLUE),
+                        (("rect", 0.58, 0.3, 0.66, 0.7), RED), (("rect", 0.58, 0.62, 0.86, 0.7), RED)],
     # The visual editor's tool buttons.
     "undo.png": [(("arc", 0.55, 0.55, 0.22, 0.34, -90, 150), BLUE),
                  (("poly", [(0.05, 0.42), (0.4, 0.2), (0.38, 0.6)]), BLUE)],

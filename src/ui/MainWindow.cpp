@@ -14,6 +14,7 @@
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
 #include "Physics.h"
+#include "Preferences.h"
 #include "RenderWidget.h"
 #include "ScreenShotUI.h"
 #include "Screenshots.h"
@@ -117,7 +118,8 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     if (Database* database = Database::instance())
         connect(database, SIGNAL(databaseRebuilt()), this, SLOT(updateTankList()));
     updateTankList();
-    if (Settings::instance() && Settings::instance()->firstRun)
+    // A run that ends in the fatal box before its loop asks for nothing.
+    if (Settings::instance() && Settings::instance()->firstRun && !startupErrorPending())
         showPreferences();
     applySceneSettings();
     // After the first fill, so that the fill doesn't run the filter.
@@ -412,7 +414,24 @@ void MainWindow::aboutHelp()
 
 void MainWindow::showPreferences()
 {
-    notThereYet("Preferences");
+    Settings* settings = Settings::instance();
+    if (!settings)
+        return;
+    Preferences dialog(this, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const bool restart = dialog.applyTo(*settings);
+    setDockOptions(settings->verticalTabs ? dockOptions() | QMainWindow::VerticalTabs
+                                          : dockOptions() & ~QMainWindow::VerticalTabs);
+
+    if (!settings->validateGavrelPath(settings->gavrelPath)) {
+        const QString message =
+            tr("Gavrel path does not appear to be valid. Please check Preferences again.");
+        Log::log(message, Log::Warning);
+        showOk(true, this, message);
+    }
+    if (restart)
+        showOk(false, this, tr("Application requires restart for settings to take effect."));
 }
 
 // --- Screenshots ----------------------------------------------------------

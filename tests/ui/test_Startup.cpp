@@ -2,6 +2,7 @@
 // message boxes answered by a recorder. Each case runs in a process of its
 // own (CTest starts one per case), as the program does.
 
+#include "DialogAnswer.h"
 #include "FerroxMain.h"
 #include "MainWindow.h"
 #include "MessageBoxRecorder.h"
@@ -110,7 +111,10 @@ TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
 
 TEST_F(StartupTest, FirstRunWritesSettingsAndOpensNoArchives)
 {
+    // The first run leads into the preferences; this user cancels them.
+    const DialogAnswer cancel(QStringLiteral("PreferencesDialog"), false);
     EXPECT_EQ(run(), 0);
+    EXPECT_EQ(cancel.shown, 1);
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Warning);
     EXPECT_TRUE(QFile::exists(root.dataDirectory() + QStringLiteral("/settings.cfg")));
