@@ -5,6 +5,7 @@
 #include "Settings.h"
 #include "TankInfo.h"
 #include "TankLoader.h"
+#include "TextureLoader.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -49,12 +50,26 @@ TextureExtractor::Step TextureExtractor::extractOne(const QString& texture, bool
 {
     FileManager* files = FileManager::instance();
     // Only the archives: the mod folder's copy is never the source.
-    const std::unique_ptr<QIODevice> source(files ? files->openArchiveFile(texture) : nullptr);
+    std::unique_ptr<QIODevice> source(files ? files->openArchiveFile(texture) : nullptr);
+    QString member = texture;
+    if (!source && files) {
+        // Visuals may name "x.tga" where the game ships and loads "x.dds":
+        // the copy a mod can replace is the file the game really reads.
+        member = TextureLoader::normalisedName(texture);
+        if (member != texture)
+            source.reset(files->openArchiveFile(member));
+    }
     if (!source) {
         Log::log(QStringLiteral("Texture not in any archive: ") + texture, Log::Warning);
         missing.append(texture);
         return Step::Next;
     }
+    return writeOne(member, *source, prompt);
+}
+
+TextureExtractor::Step TextureExtractor::writeOne(const QString& texture, QIODevice& source,
+                                                  bool prompt)
+{
     const QString output = QDir::toNativeSeparators(base + texture);
     if (QFileInfo::exists(output)) {
         if (prompt && !(confirmOverwrite && confirmOverwrite(overwriteQuestion(output), output))) {
@@ -76,7 +91,7 @@ TextureExtractor::Step TextureExtractor::extractOne(const QString& texture, bool
     Log::log(QStringLiteral("Extracting texture: ") + QDir::toNativeSeparators(texture) +
                  QStringLiteral(" to: ") + base,
              Log::Info);
-    file.write(source->readAll());
+    file.write(source.readAll());
     if (!file.commit()) {
         Log::log(QStringLiteral("Failed to write file: ") + output, Log::Warning);
         return Step::Stop;

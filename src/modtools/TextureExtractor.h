@@ -5,6 +5,8 @@
 
 #include <functional>
 
+class QIODevice;
+
 class TankLoader;
 
 // Copies a vehicle's textures out of the game's archives into the mod
@@ -55,6 +57,7 @@ private:
         Stop
     };
     Step extractOne(const QString& texture, bool prompt);
+    Step writeOne(const QString& texture, QIODevice& source, bool prompt);
 
     QString base;
 };

@@ -18,6 +18,8 @@ const QString Diffuse = "vehicles/A/Hull_AM.dds";
 const QString Normal = "vehicles/A/Hull_ANM.dds";
 const QString Gloss = "vehicles/A/sub/Hull_GMM.dds";
 const QString Missing = "vehicles/A/Nowhere_AM.dds";
+// Named as visuals may name it; the archive holds the ".dds".
+const QString GlossAsTga = "vehicles/A/sub/Hull_GMM.tga";
 
 // Three textures in an archive; the mod folder already holds its own copy
 // of the diffuse one, and a loose copy of the normal map lies in the game's
@@ -79,7 +81,7 @@ TEST_F(TextureExtractorTest, PromptsDecideOverExistingFilesAlone)
             questions.append(question);
             return c.answer;
         };
-        EXPECT_EQ(extractor.extract({Diffuse, Normal, Missing, Gloss}, c.prompt),
+        EXPECT_EQ(extractor.extract({Diffuse, Normal, Missing, GlossAsTga}, c.prompt),
                   TextureExtractor::Outcome::Completed);
         const QString existing = QDir::toNativeSeparators(mods.path() + '/' + Diffuse);
         EXPECT_EQ(questions, c.prompt ? QStringList{"WARNING! " + existing +
