@@ -33,18 +33,6 @@ QString title()
     return QLatin1String(Ferrox::ApplicationName);
 }
 
-QString modPath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->modPath : QString();
-}
-
-QString gamePath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->gavrelPath : QString();
-}
-
 void warn(const QString& text)
 {
     warningBox(nullptr, title(), text, QMessageBox::Ok, QMessageBox::Ok);
@@ -74,7 +62,7 @@ QString camoExportProblem()
     const CamoLoader* camo = CamoLoader::instance();
     if (!camo || !camo->enabled)
         return tr("You must enable camouflage first.");
-    if (modPath().isEmpty()) {
+    if (currentModPath().isEmpty()) {
         return commonMessages ? commonMessages->selectModFolder
                               : tr("You must select a mod folder in the application preferences.");
     }
@@ -93,9 +81,10 @@ CamoBakeReport bakeCamouflage()
         return report;
     }
     const Database* database = Database::instance();
-    const QString directory = QDir::toNativeSeparators(
-        modPath() + QLatin1Char('/') + (database ? database->tankDirectory(loader->name) : ""));
-    if (!isInsideFolder(directory, gamePath()) && !QDir(directory).exists())
+    const QString directory =
+        QDir::toNativeSeparators(currentModPath() + QLatin1Char('/') +
+                                 (database ? database->tankDirectory(loader->name) : ""));
+    if (!isInsideFolder(directory, currentGamePath()) && !QDir(directory).exists())
         QDir().mkpath(directory);
 
     const QStringList diffuse = loader->info->paintableTextures();
@@ -157,8 +146,8 @@ QString exportCamoPattern()
         warn(text);
         return QString();
     }
-    const QString output = QDir::toNativeSeparators(modPath() + QLatin1Char('/') + path);
-    if (isInsideFolder(output, gamePath())) {
+    const QString output = QDir::toNativeSeparators(currentModPath() + QLatin1Char('/') + path);
+    if (isInsideFolder(output, currentGamePath())) {
         Log::log(QStringLiteral("Refusing to write into the game folder: ") + output, Log::Warning);
         return QString();
     }
@@ -176,7 +165,8 @@ QString exportCamoPattern()
         Log::log(QStringLiteral("Failed to open file for writing: ") + output, Log::Warning);
         return QString();
     }
-    Log::log(QStringLiteral("Extracting texture: ") + path + QStringLiteral(" to: ") + modPath(),
+    Log::log(QStringLiteral("Extracting texture: ") + path + QStringLiteral(" to: ") +
+                 currentModPath(),
              Log::Info);
     const QByteArray bytes = device->readAll();
     if (file.write(bytes) != bytes.size() || !file.commit()) {

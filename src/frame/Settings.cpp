@@ -405,3 +405,15 @@ void Settings::setTranslateDisable(bool val)
 {
     disableTranslate = val;
 }
+
+QString currentGamePath()
+{
+    const Settings* settings = Settings::instance();
+    return settings ? settings->gavrelPath : QString();
+}
+
+QString currentModPath()
+{
+    const Settings* settings = Settings::instance();
+    return settings ? settings->modPath : QString();
+}

@@ -109,3 +109,8 @@ private:
 
     QString settingsFilePath;
 };
+
+// The game and mod folders of the present settings; empty where there are
+// none (tools and tests that run without them).
+QString currentGamePath();
+QString currentModPath();

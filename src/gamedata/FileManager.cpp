@@ -20,17 +20,6 @@ QBuffer* openBuffer(const QByteArray& content)
     return buffer;
 }
 
-QString gamePath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->gavrelPath : QString();
-}
-
-QString modPath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->modPath : QString();
-}
 } // namespace
 
 FileManager::FileManager()
@@ -66,7 +55,7 @@ void FileManager::loadZipFiles()
         return;
     }
 
-    const QString base = gamePath() + QLatin1String(Ferrox::PackageFolder);
+    const QString base = currentGamePath() + QLatin1String(Ferrox::PackageFolder);
     const QDomNodeList entries = document.elementsByTagName(QLatin1String(Ferrox::ArchiveTag));
     for (int i = 0; i < entries.size(); ++i)
         addArchive(QDir::toNativeSeparators(base + entries.at(i).toElement().text()), false);
@@ -116,11 +105,11 @@ QIODevice* FileManager::findFile(const QString& name, ReadFailure& failure)
     if (QIODevice* device = openPlainFile(name))
         return device;
 
-    const QString nativeModPath = QDir::toNativeSeparators(modPath());
+    const QString nativeModPath = QDir::toNativeSeparators(currentModPath());
     if (QIODevice* device = openPlainFile(nativeModPath + QDir::separator() + name))
         return device;
 
-    const QString nativeGamePath = QDir::toNativeSeparators(gamePath());
+    const QString nativeGamePath = QDir::toNativeSeparators(currentGamePath());
     if (QIODevice* device =
             openPlainFile(nativeGamePath + QLatin1String(Ferrox::ResourceFolder) + name))
         return device;

@@ -26,18 +26,6 @@
 
 namespace {
 
-QString modPath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->modPath : QString();
-}
-
-QString gamePath()
-{
-    const Settings* settings = Settings::instance();
-    return settings ? settings->gavrelPath : QString();
-}
-
 // T(p) x rotation x T(-p): the rotation about the point p.
 Matrix aboutPivot(const Vector3& p, const Matrix& rotation)
 {
@@ -180,15 +168,16 @@ bool TankLoader::readVehicle(const QString& tankName)
     // A vehicle file in the mod folder overrides the game's, though the
     // table was built from the game's list.
     std::unique_ptr<QIODevice> device(
-        FileManager::openPlainFile(modPath() + QLatin1Char('/') + vehicleFilePath));
+        FileManager::openPlainFile(currentModPath() + QLatin1Char('/') + vehicleFilePath));
     if (device) {
         vehicleSource = Source::ModFolder;
     } else {
         device.reset(files->getFile(vehicleFilePath));
-        vehicleSource = QFile::exists(QDir::toNativeSeparators(
-                            gamePath() + QLatin1String(Ferrox::ResourceFolder) + vehicleFilePath))
-                            ? Source::LooseFile
-                            : Source::Archive;
+        vehicleSource =
+            QFile::exists(QDir::toNativeSeparators(
+                currentGamePath() + QLatin1String(Ferrox::ResourceFolder) + vehicleFilePath))
+                ? Source::LooseFile
+                : Source::Archive;
     }
     if (!device || (!device->isOpen() && !device->open(QIODevice::ReadOnly))) {
         vehicleSource = Source::None;

@@ -38,19 +38,6 @@ bool fail(const QString& message)
     return false;
 }
 
-bool readNumber(const ToolArguments& arguments, const char* name, float* value)
-{
-    const QString option = QLatin1String(name);
-    if (!arguments.hasOption(option))
-        return true;
-    bool ok = false;
-    *value = arguments.option(option).toFloat(&ok);
-    if (!ok || !std::isfinite(*value))
-        return fail(QStringLiteral("--") + option + QStringLiteral(" wants a number: ") +
-                    arguments.option(option));
-    return true;
-}
-
 bool readPoint(const ToolArguments& arguments, const char* name, Vector3* point)
 {
     const QString text = arguments.option(QLatin1String(name));
@@ -75,11 +62,11 @@ bool readShot(const ToolArguments& arguments, Shot* shot)
                         arguments.option(QStringLiteral("type")));
     }
     return readPoint(arguments, "from", &shot->from) && readPoint(arguments, "to", &shot->to) &&
-           readNumber(arguments, "calibre", &shot->shell.calibre) &&
-           readNumber(arguments, "norm", &shot->shell.normalization) &&
-           readNumber(arguments, "yaw", &shot->yaw) &&
-           readNumber(arguments, "turret-yaw", &shot->turretYaw) &&
-           readNumber(arguments, "gun-pitch", &shot->gunPitch);
+           readNumberOption(arguments, "calibre", "a number", &shot->shell.calibre) &&
+           readNumberOption(arguments, "norm", "a number", &shot->shell.normalization) &&
+           readNumberOption(arguments, "yaw", "a number", &shot->yaw) &&
+           readNumberOption(arguments, "turret-yaw", "a number", &shot->turretYaw) &&
+           readNumberOption(arguments, "gun-pitch", "a number", &shot->gunPitch);
 }
 
 template <typename Record>

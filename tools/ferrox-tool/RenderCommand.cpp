@@ -57,19 +57,6 @@ bool readSize(const QString& text, QSize* size)
     return true;
 }
 
-bool readAngle(const ToolArguments& arguments, const char* name, float* angle)
-{
-    const QString option = QLatin1String(name);
-    if (!arguments.hasOption(option))
-        return true;
-    bool ok = false;
-    *angle = arguments.option(option).toFloat(&ok);
-    if (!ok || !std::isfinite(*angle))
-        return fail(QStringLiteral("--") + option + QStringLiteral(" wants degrees: ") +
-                    arguments.option(option));
-    return true;
-}
-
 bool readState(const QString& text, int* state)
 {
     if (text.isEmpty() || text == QLatin1String("intact"))
@@ -143,9 +130,9 @@ bool readRequest(const ToolArguments& arguments, RenderRequest* request)
            (!arguments.hasOption(QStringLiteral("size")) ||
             readSize(arguments.option(QStringLiteral("size")), &request->size)) &&
            readState(arguments.option(QStringLiteral("state")), &request->state) &&
-           readAngle(arguments, "yaw", &request->yaw) &&
-           readAngle(arguments, "turret-yaw", &request->turretYaw) &&
-           readAngle(arguments, "gun-pitch", &request->gunPitch) &&
+           readNumberOption(arguments, "yaw", "degrees", &request->yaw) &&
+           readNumberOption(arguments, "turret-yaw", "degrees", &request->turretYaw) &&
+           readNumberOption(arguments, "gun-pitch", "degrees", &request->gunPitch) &&
            readCamera(arguments.option(QStringLiteral("camera")), &request->camera);
 }
 

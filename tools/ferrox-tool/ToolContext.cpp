@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cmath>
 #include <cstdio>
 #include <memory>
 
@@ -73,10 +74,9 @@ const QStringList ToolArguments::valueOptions = {
     // clang-format on
 };
 
-const QStringList ToolArguments::flagOptions = {QStringLiteral("json"), QStringLiteral("no-garage"),
-                                                QStringLiteral("transparent"),
-                                                QStringLiteral("overwrite"),
-                                                QStringLiteral("table")};
+const QStringList ToolArguments::flagOptions = {
+    QStringLiteral("json"), QStringLiteral("no-garage"), QStringLiteral("transparent"),
+    QStringLiteral("overwrite"), QStringLiteral("table")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {
@@ -180,5 +180,22 @@ bool readFileOrResource(const QString& name, const QString& gameDirectory,
         return false;
     }
     bytes = device->readAll();
+    return true;
+}
+
+bool readNumberOption(const ToolArguments& arguments, const char* name, const char* what,
+                      float* value)
+{
+    const QString option = QLatin1String(name);
+    if (!arguments.hasOption(option))
+        return true;
+    bool ok = false;
+    const float number = arguments.option(option).toFloat(&ok);
+    if (!ok || !std::isfinite(number)) {
+        printError(QStringLiteral("--") + option + QStringLiteral(" wants ") + QLatin1String(what) +
+                   QStringLiteral(": ") + arguments.option(option));
+        return false;
+    }
+    *value = number;
     return true;
 }

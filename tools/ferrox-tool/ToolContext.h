@@ -52,6 +52,12 @@ private:
 
 void printError(const QString& message);
 
+// The number of option --NAME into *value, left as it is when the option is
+// absent; false, with "--NAME wants WHAT: text" printed, when it isn't a
+// finite number.
+bool readNumberOption(const ToolArguments& arguments, const char* name, const char* what,
+                      float* value);
+
 // Warnings and errors of the log, and the text of every message box, go to
 // standard error: a tool has no log file and no window. The program's
 // readers and loaders show boxes where the program would (a vehicle that
