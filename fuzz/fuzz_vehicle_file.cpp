@@ -4,8 +4,8 @@
 // in something. Nothing may crash, hang or read outside the data.
 
 #include "BinaryReader.h"
-#include "MessageBoxes.h"
 #include "PackedXmlReader.h"
+#include "QuietMessageBoxes.h"
 #include "VehicleFile.h"
 
 #include <QBuffer>
@@ -14,18 +14,6 @@
 
 #include <cstddef>
 #include <cstdint>
-
-namespace {
-// The closing box would need a GUI; here it only has to return.
-void answerBoxesQuietly()
-{
-    static const bool installed = [] {
-        setMessageBoxHandler([](const MessageBoxRequest&) { return int(QMessageBox::Ok); });
-        return true;
-    }();
-    (void)installed;
-}
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

@@ -1,5 +1,6 @@
 #include "CollisionArmor.h"
 
+#include "Log.h"
 #include "MoReaderCached.h"
 #include "VehicleFile.h"
 
@@ -30,9 +31,17 @@ bool isSpaced(const QDomElement& element)
     return element.firstChildElement().tagName() == QLatin1String("vehicleDamageFactor");
 }
 
+// "nan" and "inf" parse as numbers but order nothing: the lists and the
+// colour table sort by thickness, so such a plate counts as 0 mm.
 float thickness(const QDomElement& element)
 {
-    return element.firstChild().toText().data().toFloat();
+    const float value = element.firstChild().toText().data().toFloat();
+    if (std::isfinite(value))
+        return value;
+    Log::log(QStringLiteral("Armour ") + element.tagName() +
+                 QStringLiteral(" has no finite thickness; read as 0 mm."),
+             Log::Warning);
+    return 0;
 }
 
 // Every armour element below list, each as (thickness, name, spaced).

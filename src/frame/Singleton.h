@@ -6,15 +6,17 @@
 template <typename T> class Singleton
 {
 public:
-    static T* instance() { return current; }
+    // The cast waits until someone asks: while the base is being built, the
+    // derived object does not exist yet and may not be cast to.
+    static T* instance() { return static_cast<T*>(current); }
 
 protected:
-    Singleton() { current = static_cast<T*>(this); }
+    Singleton() { current = this; }
     ~Singleton() { current = nullptr; }
 
     Singleton(const Singleton&) = delete;
     Singleton& operator=(const Singleton&) = delete;
 
 private:
-    static inline T* current = nullptr;
+    static inline Singleton* current = nullptr;
 };

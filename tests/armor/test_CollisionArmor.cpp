@@ -101,3 +101,35 @@ TEST_F(CollisionArmorTest, LookupsMatchNameAndOwnerAndFallBackToNothing)
 }
 
 } // namespace
+
+namespace {
+
+// A plain-text vehicle file: hull, the first of two chassis, and the fitted
+// turret's and gun's plates; thicknesses that are no number count as 0 mm.
+TEST(CollisionArmorRead, TakesTheFittedPartsAndReadsOddThicknessesAsZero)
+{
+    ArmorSource source;
+    ASSERT_TRUE(source.vehicle.setContent(QStringLiteral(R"(<root>
+      <hull><armor><front>80</front><screen>6<vehicleDamageFactor>0</vehicleDamageFactor></screen>
+        <roof>nan</roof><floor>inf</floor></armor></hull>
+      <chassis><First><armor><leftTrack>20</leftTrack></armor></First>
+        <Second><armor><leftTrack>99</leftTrack></armor></Second></chassis>
+      <turrets0>
+        <T1><userString>a:T1</userString><armor><mantlet>120</mantlet></armor>
+          <guns><G1><armor><gun>30</gun></armor></G1><G2><armor><gun>55</gun></armor></G2></guns></T1>
+        <T2><userString>a:T2</userString><armor><mantlet>150</mantlet></armor></T2>
+      </turrets0></root>)")));
+    source.turret = "a:T1";
+    source.gun = "a:G2";
+    CollisionArmor armor;
+    armor.read(source);
+    armor.finish();
+    EXPECT_EQ(armor.regularValues, (QVector<float>{0, 20, 55, 80, 120}));
+    EXPECT_EQ(armor.spacedValues, (QVector<float>{6}));
+    EXPECT_EQ(armor.turretArmorFor("mantlet", "a:T1").value, 120);
+    EXPECT_EQ(armor.gunArmorFor("gun", "a:G2").value, 55);
+    EXPECT_EQ(armor.hullArmorFor("floor").value, 0);
+    EXPECT_EQ(armor.gunArmor.size(), 1);
+}
+
+} // namespace
