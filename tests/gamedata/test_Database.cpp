@@ -97,14 +97,14 @@ protected:
             + vehicle("A02_Training_Hauler", "2", "lightTank") + "<!-- no vehicle -->\n");
         writeList("borvia", vehicle("B09_Hornet", "9", "AT-SPG") +
             vehicle("B05_Prototype", "", "heavyTank") + vehicle("B03_Kestrel", "3", "lightTank"));
-        writeCatalogue("menu", {{"carousel_tank_filter/all", "All"},
+        writeCatalogue(game, "menu", {{"carousel_tank_filter/all", "All"},
             {"nations/ardenia", "Ardenia"}, {"nations/borvia", "O'Borvia"}});
-        writeCatalogue("item_types", {{"lightTank", "Light Tanks"}, {"heavyTank", "Heavy Tanks"},
-            {"AT-SPG", "Tank Destroyers"}});
-        writeCatalogue("ardenia_vehicles", {{"A04_Harrow", "Harrow"},
+        writeCatalogue(game, "item_types", {{"lightTank", "Light Tanks"},
+            {"heavyTank", "Heavy Tanks"}, {"AT-SPG", "Tank Destroyers"}});
+        writeCatalogue(game, "ardenia_vehicles", {{"A04_Harrow", "Harrow"},
             {"A04_Harrow_descr", "A heavy one"}, {"A01_Talon", "Talon"},
             {"A01_Talon_descr", "A light one"}, {"A02_Training_Hauler", "Training Hauler"}});
-        writeCatalogue("borvia_vehicles", {{"B09_Hornet", "Kestrel's Wrath"},
+        writeCatalogue(game, "borvia_vehicles", {{"B09_Hornet", "Kestrel's Wrath"},
             {"B05_Prototype", "Prototype"}, {"B03_Kestrel", "Kestrel"}});
         // clang-format on
     }
@@ -124,11 +124,6 @@ protected:
     {
         game.writeFile("res/scripts/item_defs/vehicles/" + nation + "/list.xml",
                        "<list.xml>\n" + children + "</list.xml>\n");
-    }
-
-    void writeCatalogue(const QString& name, const CatalogueEntries& entries)
-    {
-        game.writeFile("res/text/LC_MESSAGES/" + name + ".mo", compileCatalogue(entries));
     }
 
     Rows everything() const { return select(*database, "All", "All", "All"); }
@@ -266,9 +261,8 @@ TEST_F(DatabaseTest, BuildsTheTableOfTheSampleInstallation)
     EXPECT_TRUE(boxes.boxes.isEmpty());
     EXPECT_EQ(database->nations.mid(0, 5),
               (QStringList{"All", "Ardenia", "Borvia", "Caldera", "Drevnia"}));
-    const QStringList names = column(select(*database, "All", "All", "All"), 4);
-    EXPECT_FALSE(names.contains("Training Dummy") || names.contains("Observer"));
     // Caldera's list is archived, Drevnia's plain text.
+    const QStringList names = column(everything(), 4);
     for (const QString name : {"Training Hauler", "Škorpion", "Жук", "Halberd", "Anvil"})
         EXPECT_TRUE(names.contains(name)) << name.toStdString();
 

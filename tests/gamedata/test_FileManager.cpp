@@ -8,6 +8,7 @@
 #include "ZipBuilder.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -199,4 +200,39 @@ TEST_F(FileManagerTest, IndexAndWalkAgreeOnEveryName)
     }
     files.setLookupStrategy(FileManager::LookupStrategy::Index);
     EXPECT_EQ(read("dup/broken.txt"), QByteArray("from second"));
+}
+
+// The sample installation was written by an independent zip writer: every
+// member of every listed archive reads back whole, through the index and
+// through the walk alike, whatever the case of the name asked for.
+TEST_F(FileManagerTest, EverySampleMemberReadsWholeThroughIndexAndWalk)
+{
+    log.lines.clear();
+    settings.gavrelPath = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
+    ASSERT_TRUE(settings.validateGavrelPath(settings.gavrelPath));
+    files.loadZipFiles();
+    QRandomGenerator random(7);
+    int checked = 0;
+    for (int a = 0; a < files.archiveCount(); ++a) {
+        for (const ZipArchive::Member& member : files.archive(a).members()) {
+            QString asked = QString::fromLocal8Bit(member.name);
+            for (QChar& c : asked) {
+                if (random.bounded(2))
+                    c = c.isUpper() ? c.toLower() : c.toUpper();
+            }
+            files.setLookupStrategy(FileManager::LookupStrategy::Walk);
+            std::unique_ptr<QIODevice> walked(files.openArchiveFile(asked));
+            files.setLookupStrategy(FileManager::LookupStrategy::Index);
+            std::unique_ptr<QIODevice> indexed(files.openArchiveFile(asked));
+            ASSERT_TRUE(walked && indexed) << asked.toStdString();
+            EXPECT_EQ(indexed->readAll(), walked->readAll()) << asked.toStdString();
+            EXPECT_TRUE(files.existsInArchives(asked)) << asked.toStdString();
+            ++checked;
+        }
+    }
+    EXPECT_GT(checked, 20);
+    EXPECT_GE(files.archiveCount(), 6);
+    EXPECT_TRUE(boxes.boxes.isEmpty());
+    EXPECT_TRUE(log.lines.filter(QStringLiteral("[Warning]")).isEmpty())
+        << log.lines.join('\n').toStdString();
 }

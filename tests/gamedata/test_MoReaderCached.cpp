@@ -52,11 +52,6 @@ QByteArray handMade(const QStringList& keys, const QStringList& texts,
 }
 
 QStringList debugLines;
-void collectDebug(QtMsgType, const QMessageLogContext&, const QString& message)
-{
-    debugLines.append(message);
-}
-
 } // namespace
 
 TEST(MoFileTest, FindsEveryEntryOfMsgfmtCataloguesInBothByteOrders)
@@ -160,7 +155,8 @@ TEST(MoFileTest, RejectsEveryOffsetOrLengthOutsideTheFile)
         else
             setWord(bytes, offset, value);
         debugLines.clear();
-        const QtMessageHandler previous = qInstallMessageHandler(collectDebug);
+        const QtMessageHandler previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& line) { debugLines << line; });
         MoFile file;
         EXPECT_FALSE(file.loadFromBytes(bytes));
         qInstallMessageHandler(previous);
@@ -179,21 +175,18 @@ TEST(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFail
     MoReaderCached reader;
     log.lines.clear();
     const QString menuPath = game.path() + "/res/text/LC_MESSAGES/menu.mo";
-    const auto writeCatalogue = [&game](const QString& name, const Entries& entries) {
-        game.writeFile("res/text/LC_MESSAGES/" + name + ".mo", compileCatalogue(entries));
-    };
     // Texts without a colon come back untouched, reading nothing.
     for (const QString text : {"Plain name", "#menu", ""})
         EXPECT_EQ(reader.translate(text), text);
     EXPECT_TRUE(reader.currentPath().isEmpty());
-    writeCatalogue("menu", {{"nations/ardenia", "Ardenia"}, {"a", "old"}});
-    writeCatalogue("vehicles", {{"a", "tank"}});
+    writeCatalogue(game, "menu", {{"nations/ardenia", "Ardenia"}, {"a", "old"}});
+    writeCatalogue(game, "vehicles", {{"a", "tank"}});
     game.writeFile("res/text/LC_MESSAGES/broken.mo", "not a catalogue");
     EXPECT_EQ(reader.translate("#menu:nations/ardenia"), "Ardenia");
     EXPECT_EQ(reader.currentPath(), menuPath);
     // Every "#" goes from the catalogue's name; parts after a second ":" are
     // unused. The same catalogue is not read again.
-    writeCatalogue("menu", {{"a", "new"}});
+    writeCatalogue(game, "menu", {{"a", "new"}});
     EXPECT_EQ(reader.translate("me#nu#:a:ignored"), "old");
     EXPECT_EQ(reader.translate("#vehicles:a"), "tank");
     EXPECT_EQ(reader.translate("#menu:a"), "new");
@@ -210,7 +203,7 @@ TEST(MoReaderCachedTest, ReadsAFileOnlyWhenCatalogueOrGameChangeAndKeepsItOnFail
     EXPECT_EQ(reader.translate("#menu:a"), "new");
 
     GameTree other;
-    other.writeFile("res/text/LC_MESSAGES/menu.mo", compileCatalogue({{"a", "second game"}}));
+    writeCatalogue(other, "menu", {{"a", "second game"}});
     settings.gavrelPath = other.path();
     EXPECT_EQ(reader.translate("#menu:a"), "second game");
 }

@@ -13,6 +13,7 @@
 
 #include <cfloat>
 #include <cstring>
+#include <tuple>
 
 namespace {
 // A writer of the packed form, independent of the reader: values are typed
@@ -71,26 +72,11 @@ QByteArray packed(const QList<QByteArray>& names, const Element& root)
     return file + QByteArray(1, '\0') + record(root);
 }
 
-Value nested(const Element& element)
-{
-    return {0, record(element)};
-}
-Value string(const QByteArray& text)
-{
-    return {1, text};
-}
-Value integer(qint64 number, int width)
-{
-    return {2, le(number, width)};
-}
-Value boolean(const QByteArray& bytes)
-{
-    return {4, bytes};
-}
-Value blob(const QByteArray& bytes)
-{
-    return {5, bytes};
-}
+const auto nested = [](const Element& element) { return Value{0, record(element)}; };
+const auto string = [](const QByteArray& text) { return Value{1, text}; };
+const auto integer = [](qint64 number, int width) { return Value{2, le(number, width)}; };
+const auto boolean = [](const QByteArray& bytes) { return Value{4, bytes}; };
+const auto blob = [](const QByteArray& bytes) { return Value{5, bytes}; };
 
 Value floats(const QList<float>& numbers)
 {
@@ -353,13 +339,9 @@ TEST(PackedXmlReaderTest, EachFaultStopsTheReadWithItsMessage)
     };
     const QString reading = "Error reading data: ";
     const QStringList none = {"-"}, empty = {"''", "a="};
-    const struct
-    {
-        QByteArray bytes;
-        QString message;
-        QStringList rootNodes; // "-" for no document
-        int warnings;
-    } cases[] = {
+    // The file, the failure, the root's child nodes ("-" for no document) and
+    // the warnings logged.
+    const std::tuple<QByteArray, QString, QStringList, int> cases[] = {
         // clang-format off
         {QByteArray(), reading + "readInt()", none, 0},
         {magic, reading + "peek", none, 0},
@@ -382,16 +364,16 @@ TEST(PackedXmlReaderTest, EachFaultStopsTheReadWithItsMessage)
         {chain(PackedXmlReader::MaxDepth + 1), reading + "nesting too deep", {"''", "e="}, 1},
         {selfNested, reading + "nesting too deep", {}, 1}};
     // clang-format on
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.message.toStdString() + " " + c.bytes.toHex().left(80).toStdString());
+    for (const auto& [bytes, message, rootNodes, warnings] : cases) {
+        SCOPED_TRACE(message.toStdString() + " " + bytes.toHex().left(80).toStdString());
         LogCapture log;
-        const ReadResult result = readDocument(c.bytes);
-        EXPECT_EQ(result.failure, c.message);
-        if (c.rootNodes == none)
+        const ReadResult result = readDocument(bytes);
+        EXPECT_EQ(result.failure, message);
+        if (rootNodes == none)
             EXPECT_TRUE(result.root().isNull());
         else
-            EXPECT_EQ(childNodes(result.root()), c.rootNodes);
-        EXPECT_EQ(log.lines.size(), 2 * c.warnings); // once for each of the two reads
+            EXPECT_EQ(childNodes(result.root()), rootNodes);
+        EXPECT_EQ(log.lines.size(), 2 * warnings); // once for each of the two reads
     }
     EXPECT_EQ(readDocument(chain(PackedXmlReader::MaxDepth)).document.elementsByTagName("e").size(),
               PackedXmlReader::MaxDepth + 1);

@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
-#include <vector>
 
 namespace {
 QByteArray dx10(quint32 dxgi, int dataBytes)

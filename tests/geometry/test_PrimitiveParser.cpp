@@ -19,21 +19,14 @@
 
 using primitives::formatName;
 using primitives::indexChunk;
+using primitives::word;
 
 namespace {
-QByteArray word(quint32 value)
-{
-    QByteArray bytes;
-    primitives::appendU32(bytes, value);
-    return bytes;
-}
-
+// Padding bytes are not zero, so a reader that leans on them is caught.
 QByteArray tableEntry(quint32 sizeWord, const QByteArray& name)
 {
     return primitives::tableEntry(sizeWord, name, '\xEE');
 }
-
-// Padding bytes are not zero, so a reader that leans on them is caught.
 QByteArray container(const QList<primitives::Chunk>& chunks)
 {
     return primitives::file(chunks, '\xEE');
@@ -167,49 +160,46 @@ TEST(IndexBuffer, GlBufferHoldsTheChunkWidth)
     EXPECT_EQ(bufferBytes(narrow, 6), QByteArray::fromHex("030002000100"));
 }
 
-TEST(PrimitivesTool, ListsChunksAndWhatTheyHold)
+TEST(PrimitivesTool, ListsChunksWhatTheyHoldAndTheFirstVertices)
 {
     QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("m.primitives"));
+    ToolResult result;
+    // Writes the file, runs the tool on it and gives the lines it printed.
+    const auto run = [&](const QString& name, const QByteArray& bytes, const QStringList& options) {
+        writeFile(directory.filePath(name), bytes);
+        result = runTool(QStringList{"primitives", directory.filePath(name)} + options);
+        return result.out.trimmed().split('\n');
+    };
     const QByteArray vertices = formatName("XYZNUV") + word(2) + QByteArray(64, '\0');
-    writeFile(path, container({{"m.vertices", vertices},
-                               {"m.indices", indexChunk({0, 1, 1}, {{0, 1, 0, 2}}, true)},
-                               {"uv2", QByteArray(16, '\0')}}));
-    const ToolResult result = runTool({QStringLiteral("primitives"), path});
+    QList<QByteArray> lines =
+        run("m.primitives",
+            container({{"m.vertices", vertices},
+                       {"m.indices", indexChunk({0, 1, 1}, {{0, 1, 0, 2}}, true)},
+                       {"uv2", QByteArray(16, '\0')}}),
+            {});
     EXPECT_EQ(result.exitCode, 0) << result.err.constData();
-    const QList<QByteArray> lines = result.out.trimmed().split('\n');
     ASSERT_EQ(lines.size(), 4) << result.out.constData();
     EXPECT_EQ(lines[0], "m.vertices 132 vertices xyznuv 2");
     EXPECT_EQ(lines[1], "m.indices 100 indices 32-bit 3 indices 1 groups");
     EXPECT_EQ(lines[3], "uv2 16 uv2 2 pairs");
 
-    writeFile(path, word(primitivesMagic) + word(0));
-    EXPECT_EQ(runTool({QStringLiteral("primitives"), path}).exitCode, 1);
-}
+    run("m.primitives", word(primitivesMagic) + word(0), {});
+    EXPECT_EQ(result.exitCode, 1);
 
-TEST(PrimitivesTool, PrintsProcessedChunksAndTheFirstVerticesAsHeld)
-{
-    QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("p.primitives_processed"));
-    // Normal bytes (255, 0, 255), tangent (0, 0, 255), binormal (0, 255, 0).
-    QByteArray record;
-    for (float value : {1.0f, 2.0f, 3.0f})
-        primitives::appendFloat(record, value);
-    record += word(0x00FF00FF);
-    primitives::appendFloat(record, 0.25f);
-    primitives::appendFloat(record, 0.75f);
-    record += word(0x00FF0000) + word(0x0000FF00);
+    // Position (1, 2, 3), normal bytes (255, 0, 255), uv (0.25, 0.75),
+    // tangent (0, 0, 255), binormal (0, 255, 0).
+    const QByteArray record = primitives::floats({1, 2, 3}) + word(0x00FF00FF) +
+                              primitives::floats({0.25f, 0.75f}) + word(0x00FF0000) +
+                              word(0x0000FF00);
     using primitives::processedHeader;
-    writeFile(
-        path,
+    lines = run(
+        "p.primitives_processed",
         container({{"p.vertices",
                     processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2) + record + record},
                    {"colour", processedHeader("BPVScolour", "colour", 2) + word(0) + word(0)},
                    {"k.vertices", processedHeader("BPVTxyznuviiiwwtb", "set3/xyznuviiiwwtbpc", 1) +
-                                      QByteArray(40, '\0')}}));
-    const ToolResult result =
-        runTool({QStringLiteral("primitives"), path, QStringLiteral("--vertices"), "1"});
-    const QList<QByteArray> lines = result.out.trimmed().split('\n');
+                                      QByteArray(40, '\0')}}),
+        {"--vertices", "1"});
     ASSERT_EQ(lines.size(), 4) << result.out.constData();
     EXPECT_EQ(lines[0], "p.vertices 200 vertices set3/xyznuvtbpc 2 processed (bpvtxyznuvtb)");
     // Mirrored on x, as Ferrox draws it.

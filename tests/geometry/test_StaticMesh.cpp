@@ -32,8 +32,8 @@ protected:
             GTEST_SKIP() << "no OpenGL 3.2 core context";
     }
 
-    // Renders the mesh from above into a size x size image.
-    QImage renderFromAbove(StaticMesh& mesh, int size)
+    // Renders the mesh into a size x size image, from above or from `eye`.
+    QImage render(StaticMesh& mesh, int size, const Vector3& eye = {0, 12, 0.001f})
     {
         scene.gl.makeTarget(size, size);
         auto* gl = glFunctions();
@@ -42,9 +42,17 @@ protected:
         gl->glClearColor(0, 0, 0, 1);
         gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         scene.matrices->projection = perspectiveMatrix(40.0f, 1.0f, 0.5f, 50.0f);
-        scene.matrices->setView(lookAt({0, 12, 0.001f}, {0, 0, 0}, {0, 1, 0}));
+        scene.matrices->setView(lookAt(eye, {0, 0, 0}, {0, 1, 0}));
         mesh.draw(false, 1, nullptr, nullptr);
         return scene.gl.target->toImage();
+    }
+
+    // The colour of an area, averaged down to one pixel.
+    static QColor mean(const QImage& image, const QRect& area)
+    {
+        return image.copy(area)
+            .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+            .pixelColor(0, 0);
     }
 
     SceneFixture scene{sampleGame, sampleGame + QStringLiteral("/ferrox-resources.cfg")};
@@ -58,10 +66,8 @@ TEST_F(StaticMeshTest, SampleHullShowsItsTextureWhereItStands)
     // Unlit: the diffuse texture's own colour, averaged down to one pixel.
     // Ardenia's paint is olive.
     scene.materials->lightingMode = 1;
-    const QImage unlit = renderFromAbove(mesh, 96)
-                             .copy(44, 44, 8, 8)
-                             .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const QColor paint = unlit.pixelColor(0, 0);
+    const QImage unlit = render(mesh, 96);
+    const QColor paint = mean(unlit, {44, 44, 8, 8});
     if (!(paint.green() > paint.blue() + 25 && paint.red() > paint.blue() + 15))
         ADD_FAILURE() << "not olive: " << paint.name().toStdString() << ", saved to "
                       << saveFailedImage(unlit).toStdString();
@@ -69,7 +75,7 @@ TEST_F(StaticMeshTest, SampleHullShowsItsTextureWhereItStands)
     // Lit, no shadows: still the model, not the background, which stays
     // outside the hull.
     scene.materials->lightingMode = 0;
-    const QImage lit = renderFromAbove(mesh, 96);
+    const QImage lit = render(mesh, 96);
     if (qGray(lit.pixel(48, 48)) <= 20)
         ADD_FAILURE() << "background at the centre, saved to "
                       << saveFailedImage(lit).toStdString();
@@ -87,7 +93,7 @@ TEST_F(StaticMeshTest, PlacementMovesTheModelAndSurvivesAReload)
     EXPECT_EQ(mesh.model, far);
     EXPECT_EQ(mesh.visual->triangleCount(), triangles);
     scene.materials->lightingMode = 1;
-    EXPECT_PIXEL(renderFromAbove(mesh, 64), 32, 32, Qt::black, 0);
+    EXPECT_PIXEL(render(mesh, 64), 32, 32, Qt::black, 0);
 
     mesh.unload();
     EXPECT_TRUE(mesh.geometries.isEmpty());
@@ -117,7 +123,7 @@ TEST_F(StaticMeshTest, MeshWithoutRenderSetsLeavesGlStateAlone)
     auto* gl = glFunctions();
     gl->glEnable(GL_CULL_FACE);
     gl->glEnable(GL_BLEND);
-    renderFromAbove(mesh, 16);
+    render(mesh, 16);
     EXPECT_TRUE(gl->glIsEnabled(GL_CULL_FACE));
     EXPECT_TRUE(gl->glIsEnabled(GL_BLEND));
 }
@@ -130,15 +136,12 @@ QByteArray processedDrum()
     QList<Vertex> vertices;
     QList<quint32> indices;
     auto triangle = [&](std::array<Vertex, 3> corners, const std::array<float, 3>& outward) {
-        const auto& [a, b, c] = corners;
-        float edge1[3], edge2[3];
-        for (int i = 0; i < 3; ++i) {
-            edge1[i] = b.position[i] - a.position[i];
-            edge2[i] = c.position[i] - a.position[i];
-        }
-        const float facing = (edge1[1] * edge2[2] - edge1[2] * edge2[1]) * outward[0] +
-                             (edge1[2] * edge2[0] - edge1[0] * edge2[2]) * outward[1] +
-                             (edge1[0] * edge2[1] - edge1[1] * edge2[0]) * outward[2];
+        const auto edge = [&corners](int corner, int i) {
+            return corners[corner].position[i] - corners[0].position[i];
+        };
+        float facing = 0; // the cross product of the edges, along outward
+        for (int i = 0, j = 1, k = 2; i < 3; ++i, j = (i + 1) % 3, k = (i + 2) % 3)
+            facing += (edge(1, j) * edge(2, k) - edge(1, k) * edge(2, j)) * outward[i];
         if (facing < 0)
             std::swap(corners[1], corners[2]);
         for (const Vertex& corner : corners) {
@@ -179,7 +182,7 @@ TEST_F(StaticMeshTest, ProcessedModelIsBrighterOnTheSideFacingTheLight)
     scene.settings->modPath = game.path() + QLatin1Char('/');
     scene.settings->showShadows = false;
     game.writeFile(QStringLiteral("drum/Drum.primitives_processed"), processedDrum());
-    game.writeFile(QStringLiteral("drum/Drum.dds"), makeDds(4, 4, 1, "DXT1", dxt1Blocks(4, 4, 1)));
+    game.writeFile(QStringLiteral("drum/Drum.dds"), dxt1Dds(4, 4));
     game.writeFile(
         QStringLiteral("drum/Drum.visual_processed"),
         "<Drum.visual><node><identifier>Scene Root</identifier></node><renderSet>"
@@ -199,25 +202,11 @@ TEST_F(StaticMeshTest, ProcessedModelIsBrighterOnTheSideFacingTheLight)
     // Seen from the front (+z), lit from +x, then from -x: the side towards
     // the light is the brighter one. Normals that lost their mirroring or
     // were read as packed words would light the wrong side or neither.
-    const int size = 96;
     for (const float side : {1.0f, -1.0f}) {
         SCOPED_TRACE(side);
         scene.light.position = {20 * side, 0, 0};
-        scene.gl.makeTarget(size, size);
-        auto* gl = glFunctions();
-        gl->glViewport(0, 0, size, size);
-        gl->glEnable(GL_DEPTH_TEST);
-        gl->glClearColor(0, 0, 0, 1);
-        gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        scene.matrices->projection = perspectiveMatrix(40.0f, 1.0f, 0.5f, 50.0f);
-        scene.matrices->setView(lookAt({0, 0, 8}, {0, 0, 0}, {0, 1, 0}));
-        mesh.draw(false, 1, nullptr, nullptr);
-        const QImage image = scene.gl.target->toImage();
-        auto brightness = [&image](int x) {
-            const QImage strip = image.copy(x - 2, 40, 4, 16)
-                                     .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-            return qGray(strip.pixel(0, 0));
-        };
+        const QImage image = render(mesh, 96, {0, 0, 8});
+        auto brightness = [&image](int x) { return qGray(mean(image, {x - 2, 40, 4, 16}).rgb()); };
         const int lit = brightness(side > 0 ? 58 : 38);
         const int shaded = brightness(side > 0 ? 38 : 58);
         if (!(lit > shaded + 20 && shaded > 0))

@@ -24,12 +24,6 @@ namespace {
 constexpr GLenum TextureMaxAnisotropy = 0x84FE;
 constexpr GLenum MaxTextureMaxAnisotropy = 0x84FF;
 
-// A DXT1 file of width x height with mipCount levels of grey blocks.
-QByteArray dxt1Dds(int width, int height, int mipCount = 1)
-{
-    return makeDds(width, height, mipCount, "DXT1", dxt1Blocks(width, height, mipCount));
-}
-
 QOpenGLFunctions_3_2_Core& gl()
 {
     return *glFunctions();
@@ -78,13 +72,6 @@ protected:
 };
 } // namespace
 
-TEST(TextureNames, NormaliseToTheCacheKey)
-{
-    EXPECT_EQ(TextureLoader::normalisedName("  maps/a.tga"), "maps/a.dds");
-    EXPECT_EQ(TextureLoader::normalisedName("maps/a"), "maps/a.dds");
-    EXPECT_EQ(TextureLoader::normalisedName("maps/v1.2/a.tga"), "maps/v1.2/a.tga");
-}
-
 TEST_F(TextureLoaderTest, StartsWithFallbackAndGridAndCachesByKey)
 {
     start(ZipBuilder().add("maps/a.dds", dxt1Dds(4, 4)).add("maps/b.dds", dxt1Dds(4, 4)));
@@ -96,6 +83,9 @@ TEST_F(TextureLoaderTest, StartsWithFallbackAndGridAndCachesByKey)
     EXPECT_EQ(loader->loadTexture("  maps/a.dds "), id);
     EXPECT_EQ(loader->tankTextures.keys(), QStringList{"maps/a.dds"});
     EXPECT_EQ(countLines("[Info] Loading Texture: maps/a.dds"), 1);
+    // Keys: no extension gains .dds; only a .tga after the first dot turns into .dds.
+    EXPECT_EQ(TextureLoader::normalisedName("maps/a"), "maps/a.dds");
+    EXPECT_EQ(TextureLoader::normalisedName("maps/v1.2/a.tga"), "maps/v1.2/a.tga");
     const unsigned int permanent = loader->loadPermanentTexture("maps/a.dds");
 
     // Failures are not cached: each request searches and warns again.

@@ -13,25 +13,11 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 namespace {
 using namespace primitives;
-
-QByteArray word(quint32 value)
-{
-    QByteArray bytes;
-    appendU32(bytes, value);
-    return bytes;
-}
-
-QByteArray floats(std::initializer_list<float> values)
-{
-    QByteArray bytes;
-    for (float value : values)
-        appendFloat(bytes, value);
-    return bytes;
-}
 
 QByteArray vertexChunk(const char* format, quint32 count, const QByteArray& records)
 {
@@ -49,11 +35,8 @@ QByteArray tbRecord(float x)
 
 QByteArray skinnedRecord(quint8 weight0, quint8 weight1)
 {
-    QByteArray record = floats({1, 2, 3}) + word(PackedSample) + floats({0.5f, 0.5f});
-    record += QByteArray("\x07\x08\x09", 3);
-    record += char(weight0);
-    record += char(weight1);
-    return record + word(PackedSample) + word(0xFFFFFFFF);
+    return floats({1, 2, 3}) + word(PackedSample) + floats({0.5f, 0.5f}) + "\x07\x08\x09" +
+           char(weight0) + char(weight1) + word(PackedSample) + word(0xFFFFFFFF);
 }
 
 std::vector<float> readBack(const VertexBuffer& buffer)
@@ -84,9 +67,13 @@ protected:
 };
 } // namespace
 
-TEST(VertexDecoding, PackedVectorsUseStoredScalesAndShortStreamsSayWhy)
+TEST(VertexDecoding, PackedAndByteVectorsAndShortStreamsSayWhy)
 {
     EXPECT_NEAR(decodePackedVector(512u << 22)[2], -1.00196f, 1e-5);
+    // Bytes span -1 to 1; byte 3 plays no part.
+    EXPECT_EQ(decodeByteVector(0xFF00FF00), (Vector3{-1, 1, -1}));
+    for (float component : decodeByteVector(0x00808080))
+        EXPECT_FLOAT_EQ(component, 1.0f / 255.0f);
 
     // Three floats for two vertices: the whole pair is kept, and the failure
     // goes back to the caller with no box of its own.
@@ -102,23 +89,20 @@ TEST(VertexDecoding, PackedVectorsUseStoredScalesAndShortStreamsSayWhy)
 TEST_F(BufferManagerTest, LayoutsOfTheThreeFormats)
 {
     const QByteArray stream = floats({0.1f, 0.2f});
-    const struct
-    {
-        const char* format;
-        QByteArray stream;
-        quint32 stride;
-        QList<int> locations;
-    } layouts[] = {{"xyznuv", stream, 32, {0, 4, 1}},
-                   {"XYZNUVTB", {}, 56, {0, 4, 1, 6, 5}},
-                   {"xyznuvtb", stream, 64, {0, 4, 1, 6, 5, 2}},
-                   {"xyznuviiiwwtb", stream, 68, {0, 4, 1, 6, 5, 7}}};
+    // Format, the uv2 stream, stride and attribute locations.
+    const std::tuple<const char*, QByteArray, quint32, QList<int>> layouts[] = {
+        {"xyznuv", stream, 32, {0, 4, 1}},
+        {"XYZNUVTB", {}, 56, {0, 4, 1, 6, 5}},
+        {"xyznuvtb", stream, 64, {0, 4, 1, 6, 5, 2}},
+        {"xyznuviiiwwtb", stream, 68, {0, 4, 1, 6, 5, 7}}};
     MeshGeometry geometries[4];
-    for (int i = 0; i < 4; ++i) {
-        SCOPED_TRACE(layouts[i].format);
-        VertexBuffer* buffer = manager.createVertexBuffer(
-            "b", vertexChunk(layouts[i].format, 0, {}), &geometries[i], layouts[i].stream);
-        EXPECT_EQ(buffer->stride, layouts[i].stride);
-        EXPECT_EQ(attributeSlots(*buffer), layouts[i].locations);
+    int i = 0;
+    for (const auto& [format, uv2, stride, locations] : layouts) {
+        SCOPED_TRACE(format);
+        VertexBuffer* buffer =
+            manager.createVertexBuffer("b", vertexChunk(format, 0, {}), &geometries[i++], uv2);
+        EXPECT_EQ(buffer->stride, stride);
+        EXPECT_EQ(attributeSlots(*buffer), locations);
     }
     manager.releaseVertexBuffer(manager.buffers.first().buffer);
     EXPECT_EQ(manager.buffers.size(), 3);
@@ -194,15 +178,6 @@ TEST_F(BufferManagerTest, DamagedChunksSurvive)
     EXPECT_EQ(shortStream.positions.size(), 2);
 }
 
-TEST(VertexDecoding, ByteVectorsSpanMinusOneToOne)
-{
-    // Byte 3 plays no part.
-    EXPECT_EQ(decodeByteVector(0xFF00FF00), (Vector3{-1, 1, -1}));
-    const Vector3 middle = decodeByteVector(0x00808080);
-    for (float component : middle)
-        EXPECT_FLOAT_EQ(component, 1.0f / 255.0f);
-}
-
 // One record of each processed format: position (1, 2, 3), normal +x,
 // uv (0.25, 0.75), tangent +z, binormal -y.
 QByteArray processedRecord(bool withTangents)
@@ -216,23 +191,19 @@ QByteArray processedRecord(bool withTangents)
 TEST_F(BufferManagerTest, ProcessedChunksDecodeMirroredLikeTheOthers)
 {
     const QByteArray uv2 = processedHeader("BPVSuv2", "uv2", 2) + floats({0.5f, 0.5f, 0.125f, 1});
-    const struct
-    {
-        const char* outer;
-        const char* format;
-        bool tangents;
-        QByteArray stream;
-        QList<int> locations;
-    } cases[] = {{"BPVTxyznuv", "set3/xyznuvpc", false, {}, {0, 4, 1}},
-                 {"BPVTxyznuvtb", "SET3/XYZNUVTBPC", true, {}, {0, 4, 1, 6, 5}},
-                 {"BPVTxyznuvtb", "set3/xyznuvtbpc", true, uv2, {0, 4, 1, 6, 5, 2}}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.format);
+    // Outer and inner format names, whether records hold tangents, the uv2
+    // stream and the attribute locations.
+    const std::tuple<const char*, const char*, bool, QByteArray, QList<int>> cases[] = {
+        {"BPVTxyznuv", "set3/xyznuvpc", false, {}, {0, 4, 1}},
+        {"BPVTxyznuvtb", "SET3/XYZNUVTBPC", true, {}, {0, 4, 1, 6, 5}},
+        {"BPVTxyznuvtb", "set3/xyznuvtbpc", true, uv2, {0, 4, 1, 6, 5, 2}}};
+    for (const auto& [outer, format, tangents, stream, locations] : cases) {
+        SCOPED_TRACE(format);
         MeshGeometry geometry;
-        const QByteArray chunk = processedHeader(c.outer, c.format, 2) +
-                                 processedRecord(c.tangents) + processedRecord(c.tangents);
-        VertexBuffer* buffer = manager.createVertexBuffer("p", chunk, &geometry, c.stream);
-        EXPECT_EQ(attributeSlots(*buffer), c.locations);
+        const QByteArray chunk = processedHeader(outer, format, 2) + processedRecord(tangents) +
+                                 processedRecord(tangents);
+        VertexBuffer* buffer = manager.createVertexBuffer("p", chunk, &geometry, stream);
+        EXPECT_EQ(attributeSlots(*buffer), locations);
         ASSERT_EQ(buffer->vertexCount, 2u);
         EXPECT_EQ(geometry.positions[1], (Vector3{-1, 2, 3}));
         EXPECT_EQ(geometry.uvs[1], (Vector2{0.25f, 0.75f}));
@@ -240,11 +211,11 @@ TEST_F(BufferManagerTest, ProcessedChunksDecodeMirroredLikeTheOthers)
         // Normal +x mirrored; the byte 127.5 steps leave y and z at 1/255.
         EXPECT_FLOAT_EQ(values[3], -1.0f);
         EXPECT_NEAR(values[4], 0.0f, 0.004f);
-        if (c.tangents) {
+        if (tangents) {
             EXPECT_NEAR(values[10], 1.0f, 1e-6);  // tangent z
             EXPECT_NEAR(values[12], -1.0f, 1e-6); // binormal y
         }
-        if (!c.stream.isEmpty()) {
+        if (!stream.isEmpty()) {
             EXPECT_EQ(geometry.uv2s, (QVector<Vector2>{{0.5f, 0.5f}, {0.125f, 1}}));
         }
     }
@@ -253,12 +224,8 @@ TEST_F(BufferManagerTest, ProcessedChunksDecodeMirroredLikeTheOthers)
 TEST_F(BufferManagerTest, ProcessedChunksThatDoNotFitDrawNothingAndSayWhy)
 {
     const QByteArray twoRecords = processedRecord(true) + processedRecord(true);
-    const struct
-    {
-        const char* what;
-        QByteArray chunk;
-        const char* logged;
-    } cases[] = {
+    // What is wrong, the chunk, and the one line logged.
+    const std::tuple<const char*, QByteArray, const char*> cases[] = {
         {"short of its headers", processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2).left(135),
          "[Warning] Vertex chunk c: processed vertex chunk too short for its headers: 135 bytes"},
         {"a first count",
@@ -280,15 +247,15 @@ TEST_F(BufferManagerTest, ProcessedChunksThatDoNotFitDrawNothingAndSayWhy)
          processedHeader("BPVTxyznuvtb", "xyznuvtb", 2) + twoRecords,
          "[Error] Vertex format not supported:xyznuvtb"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, chunk, logged] : cases) {
+        SCOPED_TRACE(what);
         LogCapture log;
         MeshGeometry geometry;
-        VertexBuffer* buffer = manager.createVertexBuffer("c", c.chunk, &geometry, {});
+        VertexBuffer* buffer = manager.createVertexBuffer("c", chunk, &geometry, {});
         EXPECT_EQ(buffer->vertexCount, 0u);
         EXPECT_TRUE(buffer->attributes.isEmpty());
         EXPECT_TRUE(geometry.positions.isEmpty());
-        EXPECT_EQ(log.lines.filter(QLatin1String(c.logged)).size(), 1)
+        EXPECT_EQ(log.lines.filter(QLatin1String(logged)).size(), 1)
             << log.lines.join('\n').toStdString();
     }
 }

@@ -18,18 +18,16 @@ namespace {
 
 using namespace primitives;
 
-QString nodeTree()
-{
-    return QStringLiteral("<node><identifier> Scene Root </identifier>"
-                          "<transform><row0>2 0.5 0</row0><row1>0 3 0</row1><row2>0 0 4</row2>"
-                          "<row3>1.5 2 -3</row3></transform>"
-                          "<node><identifier>Hull</identifier>"
-                          "<node><identifier>HP_turretJoint</identifier>"
-                          "<transform><row0>1 0 0</row0><row1>0 1 0</row1><row2>0 0 1</row2>"
-                          "<row3>0.25 1.5 -0.5</row3></transform></node></node>"
-                          "<node><identifier>two words</identifier></node>"
-                          "<other><identifier>ignored</identifier></other></node>");
-}
+const QString nodeTree =
+    QStringLiteral("<node><identifier> Scene Root </identifier>"
+                   "<transform><row0>2 0.5 0</row0><row1>0 3 0</row1><row2>0 0 4</row2>"
+                   "<row3>1.5 2 -3</row3></transform>"
+                   "<node><identifier>Hull</identifier>"
+                   "<node><identifier>HP_turretJoint</identifier>"
+                   "<transform><row0>1 0 0</row0><row1>0 1 0</row1><row2>0 0 1</row2>"
+                   "<row3>0.25 1.5 -0.5</row3></transform></node></node>"
+                   "<node><identifier>two words</identifier></node>"
+                   "<other><identifier>ignored</identifier></other></node>");
 
 QString geometry(const QString& vertices, const QString& indices, const QString& extra)
 {
@@ -91,10 +89,10 @@ TEST_F(VisualTest, NodeTreeKeepsTranslationAndScaleAndRenderSetsFindNodes)
 {
     const QList<Chunk> chunks = oneQuadGrid(2, 0, 1, {{0, 8, 0, 9}});
     ASSERT_TRUE(
-        load(chunks, nodeTree() + QStringLiteral("<renderSet><node>hp_TURRETjoint</node>"
-                                                 "<node>two words</node><node>nowhere</node>"
-                                                 "<node>scene root</node>%1</renderSet>")
-                                      .arg(geometry("Body.vertices", "Body.indices", group("0")))));
+        load(chunks, nodeTree + QStringLiteral("<renderSet><node>hp_TURRETjoint</node>"
+                                               "<node>two words</node><node>nowhere</node>"
+                                               "<node>scene root</node>%1</renderSet>")
+                                    .arg(geometry("Body.vertices", "Body.indices", group("0")))));
 
     const Node* root = visual->rootNode;
     EXPECT_EQ(root->identifier, QStringLiteral("Scene Root"));
@@ -168,7 +166,7 @@ TEST_F(VisualTest, UvGroupsWrapLargeCoordinatesAndSkipSmallAndTrackGroups)
 {
     // Any valid texture lets its name reach the cache.
     for (const char* name : {"res/maps/Hull_AM.dds", "res/maps/Track_AM.dds"})
-        game.writeFile(name, makeDds(4, 4, 1, "DXT1", dxt1Blocks(4, 4, 1)));
+        game.writeFile(name, dxt1Dds(4, 4));
     // A 3 x 3 grid (18 triangles) with uvs from 0.5 to 2.0, split into
     // groups of 10, 9 and (tracks) 18 triangles; only the first is collected.
     const QList<Chunk> chunks =

@@ -48,3 +48,9 @@ inline QByteArray dxt1Blocks(int width, int height, int mips, char fill = '\x55'
         size += std::max(1, (width >> level) / 4) * std::max(1, (height >> level) / 4) * 8;
     return QByteArray(size, fill);
 }
+
+// A DXT1 file of width x height with `mips` levels of grey blocks.
+inline QByteArray dxt1Dds(int width, int height, int mips = 1)
+{
+    return makeDds(width, height, mips, "DXT1", dxt1Blocks(width, height, mips));
+}

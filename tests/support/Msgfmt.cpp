@@ -1,5 +1,7 @@
 #include "Msgfmt.h"
 
+#include "TestRoot.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -48,4 +50,9 @@ QByteArray compileCatalogue(const CatalogueEntries& entries, const QStringList& 
     for (const auto& [key, text] : entries)
         po += "\nmsgid " + poQuoted(key) + "\nmsgstr " + poQuoted(text) + "\n";
     return compilePo(po, options);
+}
+
+void writeCatalogue(const GameTree& game, const QString& name, const CatalogueEntries& entries)
+{
+    game.writeFile("res/text/LC_MESSAGES/" + name + ".mo", compileCatalogue(entries));
 }

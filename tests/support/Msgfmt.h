@@ -15,3 +15,7 @@ QByteArray poQuoted(const QString& text);
 QByteArray compilePo(const QByteArray& po, const QStringList& options = {});
 // A UTF-8 catalogue holding these keys and texts.
 QByteArray compileCatalogue(const CatalogueEntries& entries, const QStringList& options = {});
+
+class GameTree;
+// Writes the catalogue into the game as res/text/LC_MESSAGES/<name>.mo.
+void writeCatalogue(const GameTree& game, const QString& name, const CatalogueEntries& entries);

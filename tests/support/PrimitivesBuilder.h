@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 
 namespace primitives {
 
@@ -25,6 +26,21 @@ inline void appendFloat(QByteArray& out, float value)
     quint32 bits;
     std::memcpy(&bits, &value, 4);
     appendU32(out, bits);
+}
+
+inline QByteArray word(quint32 value)
+{
+    QByteArray out;
+    appendU32(out, value);
+    return out;
+}
+
+inline QByteArray floats(std::initializer_list<float> values)
+{
+    QByteArray out;
+    for (float value : values)
+        appendFloat(out, value);
+    return out;
 }
 
 inline void padTo4(QByteArray& out, char fill = '\0')
