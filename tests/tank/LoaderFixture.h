@@ -65,8 +65,9 @@ protected:
         EXPECT_EQ(loader->triangleCount(), 0);
         EXPECT_TRUE(log.lines.join('\n').contains(logged)) << log.lines.join('\n').toStdString();
         ASSERT_EQ(boxes.boxes.size(), box.isEmpty() ? 0 : 1);
-        if (!box.isEmpty())
+        if (!box.isEmpty()) { // braces: EXPECT_EQ ends in an else
             EXPECT_EQ(boxes.boxes[0].text, box);
+        }
         walkChain(); // nothing loaded: nothing to walk, nothing breaks
     }
 
