@@ -1,14 +1,10 @@
+#include "../tank/LoaderFixture.h"
 #include "CamoBakeJob.h"
 #include "CamoExports.h"
 #include "CamoLoader.h"
-#include "Database.h"
 #include "GlFunctions.h"
 #include "ImageCheck.h"
 #include "Material.h"
-#include "MessageBoxRecorder.h"
-#include "MoReaderCached.h"
-#include "SceneFixture.h"
-#include "TankLoader.h"
 #include "TankMesh.h"
 #include "ToolRunner.h"
 #include "Visual.h"
@@ -67,34 +63,33 @@ int mipCountOf(const QString& path)
     return header.size() < 32 ? 0 : qFromLittleEndian<quint32>(header.constData() + 28);
 }
 
-class CamoBakeTest : public testing::Test
+class CamoBakeTest : public SampleTankLoaderTest
 {
 protected:
     CamoBakeTest()
     {
-        database.tankListPath = Game + "/ferrox-tank_list.cfg";
         if (scene.settings)
             scene.settings->modPath = mod.path();
     }
     void SetUp() override
     {
-        if (!scene.ready())
-            GTEST_SKIP() << "no OpenGL 3.2 core context";
+        SampleTankLoaderTest::SetUp();
+        if (IsSkipped())
+            return;
         if (QStandardPaths::findExecutable("convert").isEmpty())
             GTEST_SKIP() << "ImageMagick's convert is not installed";
-        loader = std::make_unique<TankLoader>();
+        // The catalogues' patterns go to the camouflage loader: read again.
         camo = std::make_unique<CamoLoader>();
         database.rebuildDatabase();
     }
     void TearDown() override
     {
-        if (!scene.ready())
-            return;
-        scene.gl.context.makeCurrent(&scene.gl.surface);
-        if (pattern)
+        if (scene.ready()) {
+            scene.gl.context.makeCurrent(&scene.gl.surface);
             glFunctions()->glDeleteTextures(1, &pattern);
+        }
         camo.reset();
-        loader.reset();
+        SampleTankLoaderTest::TearDown();
     }
     // The vehicle with the overlay on and a pattern of one full channel
     // painted in Paint: every texel the mask lets through shows it.
@@ -134,11 +129,7 @@ protected:
         EXPECT_PIXEL(image, block / 2, block + block / 2, Paint, 8);
     }
 
-    SceneFixture scene{Game, Game + "/ferrox-resources.cfg"};
     QTemporaryDir mod;
-    MoReaderCached messages;
-    Database database;
-    std::unique_ptr<TankLoader> loader;
     std::unique_ptr<CamoLoader> camo;
     unsigned int pattern = 0;
 };
@@ -151,7 +142,6 @@ TEST_F(CamoBakeTest, EveryPaintableTextureIsBakedUnderTheModFolderAndKeepsExclud
     const QByteArray blue = QByteArray("\xff\0\0\xff", 4).repeated(128 * 128);
     ASSERT_TRUE(TextureLoader::writeDds(modFile("Hull_AM.dds"), blue.constData(), 128, 128, true));
     load("Kestrel");
-    MessageBoxRecorder boxes;
     const CamoBakeReport report = exportCamoBake();
     QStringList expected;
     for (const QString& name : KestrelPaintable)
@@ -170,10 +160,7 @@ TEST_F(CamoBakeTest, EveryPaintableTextureIsBakedUnderTheModFolderAndKeepsExclud
 TEST_F(CamoBakeTest, ARefusedOverwriteKeepsThatFileAndTheBakeGoesOn)
 {
     load("Kestrel");
-    {
-        MessageBoxRecorder boxes;
-        ASSERT_EQ(bakeCamouflage().written.size(), 4);
-    }
+    ASSERT_EQ(bakeCamouflage().written.size(), 4);
     QFile::remove(modFile("Gun_01_AM.dds"));
     QFile chassis(modFile("Chassis_AM.dds"));
     ASSERT_TRUE(chassis.open(QIODevice::WriteOnly));
@@ -212,7 +199,7 @@ TEST_F(CamoBakeTest, NothingIsBakedOutsideTheIntactStateOrForUnmatchedMasks)
         SCOPED_TRACE(c.tank);
         load(c.tank);
         loader->damageMode = c.mode;
-        MessageBoxRecorder boxes;
+        boxes.boxes.clear();
         const CamoBakeReport report = exportCamoBake();
         EXPECT_FALSE(report.started);
         ASSERT_EQ(boxes.boxes.size(), 1);
@@ -226,26 +213,22 @@ TEST_F(CamoBakeTest, NothingIsBakedOutsideTheIntactStateOrForUnmatchedMasks)
 
 TEST_F(CamoBakeTest, ExportsCheckTheirPreconditionsAndThePatternComesFromTheArchivesOnly)
 {
-    MessageBoxRecorder boxes;
-    const auto lastBox = [&boxes] {
+    // Refusals without a vehicle or the overlay: tests/ui, the export buttons.
+    const auto lastBox = [this] {
         return boxes.boxes.isEmpty() ? QString() : boxes.boxes.last().text;
     };
-    EXPECT_TRUE(exportCamoPattern().isEmpty());
-    EXPECT_EQ(lastBox(), "You must load a tank first.");
     ASSERT_TRUE(loader->load("Kestrel"));
-    EXPECT_FALSE(exportCamoBake().started);
-    EXPECT_EQ(lastBox(), "You must enable camouflage first.");
     camo->enabled = true;
     scene.settings->modPath.clear();
     EXPECT_TRUE(exportCamoPattern().isEmpty());
     EXPECT_EQ(lastBox(), "You must select a mod folder in the application preferences.");
     scene.settings->modPath = mod.path();
 
-    const QString pattern = "vehicles/camouflage/borvia/Summer_01.dds";
-    EXPECT_EQ(camo->texture, pattern);
+    const QString patternPath = "vehicles/camouflage/borvia/Summer_01.dds";
+    EXPECT_EQ(camo->texture, patternPath);
     const QString written = exportCamoPattern();
-    EXPECT_EQ(written, QDir::toNativeSeparators(mod.path() + "/" + pattern));
-    std::unique_ptr<QIODevice> original(scene.files->openArchiveFile(pattern));
+    EXPECT_EQ(written, QDir::toNativeSeparators(mod.path() + "/" + patternPath));
+    std::unique_ptr<QIODevice> original(scene.files->openArchiveFile(patternPath));
     QFile copy(written);
     ASSERT_TRUE(original && copy.open(QIODevice::ReadOnly));
     EXPECT_EQ(copy.readAll(), original->readAll());

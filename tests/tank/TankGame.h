@@ -9,9 +9,7 @@
 #include "PrimitivesBuilder.h"
 #include "TestRoot.h"
 
-#include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 
 namespace tankgame {
 
@@ -62,10 +60,11 @@ public:
                  "<list.xml><T01_Box><userString>Box Tank</userString><tags>lightTank</tags>"
                  "<level>1</level></T01_Box></list.xml>");
         writeGunFile();
-        writeData("tank_list.cfg",
-                  "<tank_list.cfg><testland><ResPath>scripts/item_defs/vehicles/testland"
-                  "</ResPath><DataPath>vehicles/Testland</DataPath></testland></tank_list.cfg>");
-        writeData("resources.cfg", "<resources></resources>");
+        data.writeFile(
+            "tank_list.cfg",
+            "<tank_list.cfg><testland><ResPath>scripts/item_defs/vehicles/testland"
+            "</ResPath><DataPath>vehicles/Testland</DataPath></testland></tank_list.cfg>");
+        data.writeFile("resources.cfg", "<resources></resources>");
 
         const QList<PartModel> parts = {
             {"Chassis", node("tank", "", transform("0 0 0", "1 2 1")), "tank", 1},
@@ -131,20 +130,9 @@ public:
     QString resourcesPath() const { return data.path() + "/resources.cfg"; }
 
 private:
-    static void write(const QString& file, const QByteArray& content)
-    {
-        QDir().mkpath(QFileInfo(file).path());
-        QFile out(file);
-        out.open(QIODevice::WriteOnly);
-        out.write(content);
-    }
     void writeRes(const QString& relative, const QByteArray& content)
     {
         game.writeFile("res/" + relative, content);
-    }
-    void writeData(const QString& name, const QByteArray& content)
-    {
-        write(data.path() + '/' + name, content);
     }
     void writePart(const QString& folder, const PartModel& part)
     {
@@ -168,7 +156,7 @@ private:
     }
 
     GameTree game;
-    QTemporaryDir data;
+    GameTree data{false}; // the program's own tank list and archive list
 };
 
 } // namespace tankgame

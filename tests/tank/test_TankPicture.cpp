@@ -1,11 +1,7 @@
-#include "Database.h"
 #include "GlFunctions.h"
 #include "ImageCheck.h"
+#include "LoaderFixture.h"
 #include "MeshGeometry.h"
-#include "MessageBoxRecorder.h"
-#include "MoReaderCached.h"
-#include "SceneFixture.h"
-#include "TankLoader.h"
 #include "TankMesh.h"
 
 #include <QOpenGLFunctions_3_2_Core>
@@ -13,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
+#include <tuple>
 
 namespace {
 
@@ -59,28 +55,22 @@ QVector<QPoint> changedPixels(const QImage& a, const QImage& b)
     return changed;
 }
 
-class TankPictureTest : public testing::Test
+// The Talon seen from the front left, above: the parts overlap as in the
+// viewport.
+class TankPictureTest : public SampleTankLoaderTest
 {
 protected:
     void SetUp() override
     {
-        if (!scene.ready())
-            GTEST_SKIP() << "no OpenGL 3.2 core context";
-        database.rebuildDatabase();
-        loader = std::make_unique<TankLoader>();
+        SampleTankLoaderTest::SetUp();
+        if (IsSkipped())
+            return;
         ASSERT_TRUE(loader->load(QStringLiteral("Talon")));
         scene.gl.makeTarget(Width, Height);
         glFunctions()->glViewport(0, 0, Width, Height);
-        // From the front left, above: the parts overlap as in the viewport.
         scene.matrices->projection = perspectiveMatrix(40, float(Width) / Height, 1, 50);
         scene.matrices->setView(lookAt({-6, 5, 7}, {0, 1, 0}, {0, 1, 0}));
         projectionView = matrixProduct(scene.matrices->projection, scene.matrices->view);
-    }
-    void TearDown() override
-    {
-        if (scene.ready())
-            scene.gl.context.makeCurrent(&scene.gl.surface);
-        loader.reset();
     }
 
     QImage picture()
@@ -113,29 +103,19 @@ protected:
     }
     TankMesh& part(int which) { return *loader->mesh(which, Intact); }
 
-    SceneFixture scene{FERROX_SAMPLE_GAME_DIR, FERROX_SAMPLE_GAME_DIR "/ferrox-resources.cfg"};
-    MoReaderCached catalogues;
-    Database database;
-    MessageBoxRecorder boxes;
-    std::unique_ptr<TankLoader> loader;
     Matrix projectionView;
     QImage lastPicture;
 };
 
 TEST_F(TankPictureTest, HullTurretAndGunAreDrawnWhereTheirJointsPutThem)
 {
-    expectWithin(
-        partPixels(&TankLoader::hideHull),
-        projectedBounds(part(TankLoader::HullPart), translationMatrix(HullAt), projectionView),
-        "hull");
-    expectWithin(
-        partPixels(&TankLoader::hideTurret),
-        projectedBounds(part(TankLoader::TurretPart), translationMatrix(TurretAt), projectionView),
-        "turret");
-    expectWithin(
-        partPixels(&TankLoader::hideGun),
-        projectedBounds(part(TankLoader::GunPart), translationMatrix(GunAt), projectionView),
-        "gun");
+    const std::tuple<const char*, bool TankLoader::*, int, Vector3> parts[] = {
+        {"hull", &TankLoader::hideHull, TankLoader::HullPart, HullAt},
+        {"turret", &TankLoader::hideTurret, TankLoader::TurretPart, TurretAt},
+        {"gun", &TankLoader::hideGun, TankLoader::GunPart, GunAt}};
+    for (const auto& [label, hide, which, at] : parts)
+        expectWithin(partPixels(hide),
+                     projectedBounds(part(which), translationMatrix(at), projectionView), label);
 }
 
 TEST_F(TankPictureTest, TurningTheTurretCarriesTheGunAboutTheTurretRing)
