@@ -1,10 +1,8 @@
 #include "QtPrinters.h"
+#include "TestFiles.h"
 #include "ToolRunner.h"
 
-#include <QCryptographicHash>
 #include <QDir>
-#include <QDirIterator>
-#include <QFile>
 #include <QHash>
 #include <QImageReader>
 #include <QProcess>
@@ -18,49 +16,13 @@
 
 namespace {
 
-const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
+const QString& Game = SampleGame;
 const QString Talon = QStringLiteral("vehicles/Ardenia/A01_Talon/");
-
-bool noGl(const ToolResult& result)
-{
-    return result.err.contains("No OpenGL");
-}
-
-QStringList filesBelow(const QString& folder, const QString& pattern = "*")
-{
-    QStringList files;
-    QDirIterator it(folder, {pattern}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files.append(QDir(folder).relativeFilePath(it.next()));
-    files.sort();
-    return files;
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-// Every file's path, size, time and bytes.
-QByteArray folderDigest(const QString& folder)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const QString& file : filesBelow(folder)) {
-        const QFileInfo info(folder + '/' + file);
-        hash.addData(file.toUtf8() + '\0' + QByteArray::number(info.size()) + '\0' +
-                     QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + '\0');
-        hash.addData(readFile(info.filePath()));
-    }
-    hash.addData(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden).join('/').toUtf8());
-    return hash.result().toHex();
-}
 
 struct ObjCounts
 {
     int vertices = -1;
     int faces = -1;
-    bool operator==(const ObjCounts& o) const { return vertices == o.vertices && faces == o.faces; }
 };
 
 // Faces, and the distinct vertices they use: position, texture coordinate
@@ -118,7 +80,7 @@ TEST(ObjCommand, EveryFileOfTheSampleReadsBackInAssimp)
     for (const auto& [state, folder] : states) {
         const ToolResult result =
             runTool({"obj", Game, "Talon", "--out", out.path() + "/new/mods", "--state", state});
-        if (noGl(result))
+        if (noOpenGl(result))
             GTEST_SKIP() << "no OpenGL 3.2 core context";
         ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
         const QStringList files = filesBelow(out.path() + "/new/mods/" + Talon + folder);
@@ -140,7 +102,7 @@ TEST(UvCommand, EveryTemplateIsItsTextureTimesTheScale)
     QTemporaryDir out;
     const ToolResult result =
         runTool({"uv", Game, "Talon", "--out", out.path(), "--scale", "2", "--line-width", "1"});
-    if (noGl(result))
+    if (noOpenGl(result))
         GTEST_SKIP() << "no OpenGL 3.2 core context";
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     const QStringList written = QString::fromUtf8(result.out).split('\n', Qt::SkipEmptyParts);
@@ -164,7 +126,7 @@ TEST(ExtractCommand, CopiesTheArchiveBytesAndKeepsChangedFilesUnlessTold)
 {
     QTemporaryDir mods;
     const ToolResult first = runTool({"extract", Game, "Talon", "--mod", mods.path()});
-    if (noGl(first))
+    if (noOpenGl(first))
         GTEST_SKIP() << "no OpenGL 3.2 core context";
     ASSERT_EQ(first.exitCode, 0) << first.err.toStdString();
     const QStringList files = filesBelow(mods.path());
@@ -200,7 +162,7 @@ TEST(ModTools, NothingIsWrittenIntoTheGameFolder)
     };
     for (const QStringList& command : commands) {
         const ToolResult result = runTool(command);
-        if (noGl(result))
+        if (noOpenGl(result))
             GTEST_SKIP() << "no OpenGL 3.2 core context";
         EXPECT_EQ(result.exitCode, 0) << command.join(' ').toStdString() << "\n"
                                       << result.err.toStdString();

@@ -8,6 +8,7 @@
 #include "TankGame.h"
 #include "TankLoader.h"
 #include "TankMesh.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -49,12 +50,6 @@ public:
     void draw(bool, int, Material*, ShaderProgram*) override {}
     bool reload() override { return false; }
 };
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 TEST(ObjExporter, TextPlacesPositionsAndNormalsAndNegatesV)
 {

@@ -1,13 +1,6 @@
 #include "Screenshots.h"
 
-#include "Database.h"
-#include "FrameRenderer.h"
-#include "ImageCheck.h"
-#include "MessageBoxRecorder.h"
-#include "MoReaderCached.h"
 #include "QtPrinters.h"
-#include "SceneFixture.h"
-#include "TankLoader.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -15,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <tuple>
 
 namespace {
@@ -45,7 +37,6 @@ TEST(Screenshots, PresetsStayWithinWhatTheGpuRenders)
     };
     for (const auto& [limit, index, size] : cases)
         EXPECT_EQ(Screenshots::presetSize(index, limit), size) << limit << " " << index;
-    EXPECT_EQ(Screenshots::presets()[1].text, "1080p");
     const int limits[][2] = {{16384, 8196}, {8192, 8192}, {0, 0}, {-1, 0}};
     for (const auto& [limit, boxes] : limits)
         EXPECT_EQ(Screenshots::sizeLimit(limit), boxes) << limit;
@@ -74,38 +65,7 @@ TEST(Screenshots, SavesWholeOrLeavesTheOlderFile)
     EXPECT_EQ(old.readAll(), "older");
 }
 
-// The sample's Talon drawn off-screen at a size the viewport never had,
-// with a transparent background, and saved as the dialog saves it.
-TEST(Screenshots, ARenderedShotHasTheAskedSizeAndASeeThroughBackground)
-{
-    const QString game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
-    SceneFixture scene{game, game + "/ferrox-resources.cfg"};
-    if (!scene.ready())
-        GTEST_SKIP() << "no OpenGL 3.2 core context";
-    MoReaderCached catalogues;
-    Database database;
-    database.tankListPath = game + "/ferrox-tank_list.cfg";
-    database.rebuildDatabase();
-    MessageBoxRecorder boxes;
-    auto loader = std::make_unique<TankLoader>();
-    ASSERT_TRUE(loader->load("Talon"));
-
-    FrameRenderer::setInitialGlState();
-    FrameRenderer frame;
-    frame.viewportColor = QColor(200, 30, 30);
-    frame.create(256);
-    frame.scene.add([&](ScenePass pass) { loader->render(pass); });
-    const QImage shot = frame.renderToImage(333, 187, true);
-    frame.release();
-    loader.reset();
-
-    QTemporaryDir folder;
-    ASSERT_TRUE(Screenshots::save(shot, folder.filePath("Talon.png"), 100));
-    const QImage saved = QImageReader(folder.filePath("Talon.png")).read();
-    ASSERT_EQ(saved.size(), QSize(333, 187));
-    EXPECT_EQ(qAlpha(saved.pixel(2, 2)), 0) << saveFailedImage(saved).toStdString();
-    EXPECT_EQ(qAlpha(saved.pixel(330, 184)), 0);
-    EXPECT_EQ(qAlpha(saved.pixel(166, 93)), 255) << saveFailedImage(saved).toStdString();
-}
+// A shot drawn off-screen at a size the viewport never had, transparent, is
+// tested through the screenshot dialog in test_ModTools.cpp.
 
 } // namespace

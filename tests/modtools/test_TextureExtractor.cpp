@@ -4,6 +4,7 @@
 #include "LogCapture.h"
 #include "QtPrinters.h"
 #include "Settings.h"
+#include "TestFiles.h"
 #include "TestRoot.h"
 #include "ZipBuilder.h"
 
@@ -44,11 +45,7 @@ protected:
         mods.writeFile(Diffuse, "mod diffuse");
     }
 
-    QByteArray inMods(const QString& texture)
-    {
-        QFile file(mods.path() + '/' + texture);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-    }
+    QByteArray inMods(const QString& texture) { return readFile(mods.path() + '/' + texture); }
 
     TestRoot root;
     GameTree game;

@@ -13,3 +13,12 @@ struct ToolResult
 };
 
 ToolResult runTool(const QStringList& arguments, const QString& workingDirectory = QString());
+
+// The sample installation the tool commands run on.
+inline const QString SampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
+
+// The tool found no OpenGL 3.2 core context to draw with.
+inline bool noOpenGl(const ToolResult& result)
+{
+    return result.err.contains("No OpenGL");
+}

@@ -2,32 +2,19 @@
 // program's readers, mod folder first.
 
 #include "QtPrinters.h"
+#include "TestRoot.h"
 #include "ToolRunner.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-namespace {
-const QString sampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
-const QString talonLod = QStringLiteral("vehicles/Ardenia/A01_Talon/normal/lod0/");
+#include <tuple>
 
-void writeModFile(const QTemporaryDir& mod, const QString& name, const QByteArray& bytes)
-{
-    const QString path = mod.filePath(name);
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
+namespace {
+const QString talonLod = QStringLiteral("vehicles/Ardenia/A01_Talon/normal/lod0/");
 
 QByteArray sampleMember(const QString& name)
 {
-    const ToolResult cat = runTool({QStringLiteral("cat"), sampleGame, name});
-    return cat.out;
+    return runTool({QStringLiteral("cat"), SampleGame, name}).out;
 }
 
 // The report line of a file, empty if it is not listed.
@@ -42,7 +29,7 @@ QString reportFor(const ToolResult& result, const QString& name)
 
 TEST(CheckCommandTest, SampleInstallationReadsCleanly)
 {
-    const ToolResult result = runTool({QStringLiteral("check"), sampleGame});
+    const ToolResult result = runTool({QStringLiteral("check"), SampleGame});
     EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
     EXPECT_TRUE(result.out.isEmpty());
     EXPECT_TRUE(result.err.contains(" files checked, 0 failed")) << result.err.toStdString();
@@ -50,42 +37,43 @@ TEST(CheckCommandTest, SampleInstallationReadsCleanly)
 
 TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
 {
-    QTemporaryDir mod;
+    GameTree mod(false);
     // A texture cut short, a visual naming a chunk its primitives lack, and text
     // that is no XML: each shadows the game's good file of that name.
-    const QByteArray hullDds =
-        sampleMember(QStringLiteral("vehicles/Ardenia/A01_Talon/Hull_AM.dds"));
-    ASSERT_GT(hullDds.size(), 200);
-    writeModFile(mod, QStringLiteral("vehicles/Ardenia/A01_Talon/Hull_AM.dds"), hullDds.left(200));
+    const QString hullDds = QStringLiteral("vehicles/Ardenia/A01_Talon/Hull_AM.dds");
+    const QByteArray hullBytes = sampleMember(hullDds);
+    ASSERT_GT(hullBytes.size(), 200);
+    mod.writeFile(hullDds, hullBytes.left(200));
     QByteArray gunVisual = sampleMember(talonLod + QStringLiteral("Gun_01.visual"));
     ASSERT_TRUE(gunVisual.contains("Gun_01.vertices"));
-    gunVisual.replace("Gun_01.vertices", "Gun_02.vertices");
-    writeModFile(mod, talonLod + QStringLiteral("Gun_01.visual"), gunVisual);
+    mod.writeFile(talonLod + QStringLiteral("Gun_01.visual"),
+                  gunVisual.replace("Gun_01.vertices", "Gun_02.vertices"));
     // A processed visual is checked against its processed primitives.
     const QString kestrelGun =
         QStringLiteral("vehicles/Borvia/B01_Kestrel/normal/lod0/Gun_01.visual_processed");
     QByteArray processedVisual = sampleMember(kestrelGun);
     ASSERT_TRUE(processedVisual.contains("Gun_01.vertices"));
-    processedVisual.replace("Gun_01.vertices", "Gun_09.vertices");
-    writeModFile(mod, kestrelGun, processedVisual);
-    writeModFile(mod, QStringLiteral("scripts/item_defs/item_types.xml"), "not < xml");
+    mod.writeFile(kestrelGun, processedVisual.replace("Gun_01.vertices", "Gun_09.vertices"));
+    mod.writeFile(QStringLiteral("scripts/item_defs/item_types.xml"), "not < xml");
     const QString talonXml = QStringLiteral("scripts/item_defs/vehicles/ardenia/a01_talon.xml");
-    writeModFile(mod, talonXml, sampleMember(talonXml).chopped(3)); // packed, cut short
+    mod.writeFile(talonXml, sampleMember(talonXml).chopped(3)); // packed, cut short
 
     const ToolResult result =
-        runTool({QStringLiteral("check"), sampleGame, QStringLiteral("--mod"), mod.path()});
+        runTool({QStringLiteral("check"), SampleGame, QStringLiteral("--mod"), mod.path()});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(reportFor(result, QStringLiteral("vehicles/Ardenia/A01_Talon/Hull_AM.dds"))
-                    .contains(QLatin1String("DDS"), Qt::CaseInsensitive))
-        << result.out.toStdString();
-    EXPECT_TRUE(reportFor(result, talonLod + QStringLiteral("Gun_01.visual"))
-                    .contains(QLatin1String("Gun_02.vertices")))
-        << result.out.toStdString();
-    EXPECT_TRUE(reportFor(result, kestrelGun).contains(QLatin1String("Gun_09.vertices")))
-        << result.out.toStdString();
-    EXPECT_FALSE(reportFor(result, QStringLiteral("scripts/item_defs/item_types.xml")).isEmpty());
-    EXPECT_TRUE(reportFor(result, talonXml).contains("Error reading data: "))
-        << result.out.toStdString();
+    const std::tuple<QString, QString, Qt::CaseSensitivity> reasons[] = {
+        {hullDds, QStringLiteral("DDS"), Qt::CaseInsensitive},
+        {talonLod + QStringLiteral("Gun_01.visual"), QStringLiteral("Gun_02.vertices"),
+         Qt::CaseSensitive},
+        {kestrelGun, QStringLiteral("Gun_09.vertices"), Qt::CaseSensitive},
+        {QStringLiteral("scripts/item_defs/item_types.xml"), QString(), Qt::CaseSensitive},
+        {talonXml, QStringLiteral("Error reading data: "), Qt::CaseSensitive},
+    };
+    for (const auto& [file, reason, sensitivity] : reasons) {
+        const QString line = reportFor(result, file);
+        EXPECT_FALSE(line.isEmpty()) << file.toStdString() << "\n" << result.out.toStdString();
+        EXPECT_TRUE(line.contains(reason, sensitivity)) << line.toStdString();
+    }
     EXPECT_TRUE(reportFor(result, talonLod + QStringLiteral("Hull.visual")).isEmpty())
         << "good files stay out of the report";
     EXPECT_TRUE(result.err.contains(" failed")) << result.err.toStdString();

@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-const QString sampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
 
 QList<QByteArray> lines(const QByteArray& text)
 {
@@ -25,7 +24,7 @@ QList<QByteArray> lines(const QByteArray& text)
 
 TEST(FerroxToolTest, ListsArchiveMembersAndLooseFilesWithTheirSource)
 {
-    const ToolResult all = runTool({"ls", sampleGame});
+    const ToolResult all = runTool({"ls", SampleGame});
     ASSERT_EQ(all.exitCode, 0) << all.err.toStdString();
     const QList<QByteArray> listed = lines(all.out);
     for (const char* line :
@@ -38,7 +37,7 @@ TEST(FerroxToolTest, ListsArchiveMembersAndLooseFilesWithTheirSource)
         EXPECT_FALSE(line.split('\t').first().endsWith('/')) << line.toStdString();
     }
 
-    const ToolResult filtered = runTool({"ls", sampleGame, "README_SHARED"});
+    const ToolResult filtered = runTool({"ls", SampleGame, "README_SHARED"});
     ASSERT_EQ(filtered.exitCode, 0);
     EXPECT_EQ(lines(filtered.out).size(), 2);
 }
@@ -47,41 +46,44 @@ TEST(FerroxToolTest, CatFollowsTheProgramsSearchOrder)
 {
     QTemporaryDir elsewhere;
     const ToolResult shared =
-        runTool({"cat", sampleGame, "TEXT/readme_shared.txt"}, elsewhere.path());
+        runTool({"cat", SampleGame, "TEXT/readme_shared.txt"}, elsewhere.path());
     ASSERT_EQ(shared.exitCode, 0) << shared.err.toStdString();
     EXPECT_TRUE(shared.out.contains("from shared_content"));
 
-    const ToolResult loose = runTool({"cat", sampleGame, "gui/Loose_Override.txt"});
+    const ToolResult loose = runTool({"cat", SampleGame, "gui/Loose_Override.txt"});
     ASSERT_EQ(loose.exitCode, 0);
-    QFile looseFile(sampleGame + "/res/gui/Loose_Override.txt");
+    QFile looseFile(SampleGame + "/res/gui/Loose_Override.txt");
     ASSERT_TRUE(looseFile.open(QIODevice::ReadOnly));
     EXPECT_EQ(loose.out, looseFile.readAll());
 
     GameTree mod(false);
     mod.writeFile("text/Readme_Shared.txt", "from the mod folder");
     const ToolResult modded =
-        runTool({"cat", sampleGame, "text/Readme_Shared.txt", "--mod", mod.path()});
+        runTool({"cat", SampleGame, "text/Readme_Shared.txt", "--mod", mod.path()});
     EXPECT_EQ(modded.out, QByteArray("from the mod folder"));
 }
 
-// Wrong use gives 2, a folder that is no game or a name found nowhere gives
-// 1, each with the reason on standard error and nothing on standard output.
+// Wrong use gives 2; a folder that is no game, a game without item types or
+// a name found nowhere gives 1; each with the reason on standard error and
+// nothing on standard output.
 TEST(FerroxToolTest, RefusalsSayWhy)
 {
     QTemporaryDir notAGame;
+    GameTree withoutItemTypes;
     const struct
     {
         QStringList arguments;
         int exitCode;
         const char* error;
-    } cases[] = {{{"cat", sampleGame, "no/such/file.xml"}, 1, "no/such/file.xml"},
+    } cases[] = {{{"cat", SampleGame, "no/such/file.xml"}, 1, "no/such/file.xml"},
                  {{"ls", notAGame.path()}, 1, "Gavrel.exe"},
                  {{"check", notAGame.path()}, 1, "Gavrel.exe"},
                  {{"tanks", notAGame.path()}, 1, "Not a Gavrel installation"},
+                 {{"tanks", withoutItemTypes.path()}, 1, "Could not build the database."},
                  {{"frobnicate"}, 2, "unknown command"},
-                 {{"cat", sampleGame}, 2, "usage"},
+                 {{"cat", SampleGame}, 2, "usage"},
                  {{"check"}, 2, "usage"},
-                 {{"translate", sampleGame}, 2, "usage"},
+                 {{"translate", SampleGame}, 2, "usage"},
                  {{"tanks"}, 2, "usage"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString());

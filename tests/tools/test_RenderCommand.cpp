@@ -10,22 +10,17 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include <tuple>
+
 #include <gtest/gtest.h>
 
 namespace {
-
-const QString sampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
-
-bool noOpenGl(const ToolResult& result)
-{
-    return result.err.contains("No OpenGL");
-}
 
 TEST(RenderCommandTest, WritesAPictureOfTheAskedSizeShowingTheVehicle)
 {
     QTemporaryDir folder;
     const ToolResult result =
-        runTool({"render", sampleGame, "Kestrel", "--out", "kestrel.png", "--size", "200x150",
+        runTool({"render", SampleGame, "Kestrel", "--out", "kestrel.png", "--size", "200x150",
                  "--no-garage", "--state", "destroyed", "--turret-yaw", "45"},
                 folder.path());
     if (noOpenGl(result))
@@ -43,48 +38,36 @@ TEST(RenderCommandTest, WritesAPictureOfTheAskedSizeShowingTheVehicle)
     EXPECT_LT(vehiclePixels, 200 * 150 / 2) << saveFailedImage(image).toStdString();
 }
 
+// Writing into the game folder is refused in ModTools.NothingIsWrittenIntoTheGameFolder.
 TEST(RenderCommandTest, RefusesWhatItCannotDoWithExitCodeOneAndWritesNothing)
 {
     QTemporaryDir folder;
-    const QString inGame = sampleGame + QStringLiteral("/res/talon.png");
-    const struct
-    {
-        QStringList arguments;
-        QString out;
-        const char* message;
-    } cases[] = {
-        {{"render", sampleGame, "Talon", "--out", inGame}, inGame, "never writes into the game"},
-        {{"render", sampleGame, "Nobody", "--out", "a.png"}, "a.png", "Not in the vehicle table"},
-        {{"render", sampleGame, "Harrow", "--out", "a.png"},
-         "a.png",
-         "Failed to parse xml file for tank: Harrow"},
-        {{"render", sampleGame, "Talon", "--out", "a.png", "--size", "0x10"}, "a.png", "--size"},
-        {{"render", sampleGame, "Talon", "--out", "a.png", "--state", "wrecked"},
-         "a.png",
-         "--state"},
-        {{"render", sampleGame, "Talon", "--out", "a.png", "--turret", "Nope"},
-         "a.png",
-         "No turret named: Nope"},
-        {{"render", sampleGame, "Talon", "--out", "no/such/folder/a.png"},
-         "no/such/folder/a.png",
-         "No folder"},
-        {{"render", sampleGame, "Talon", "--out", "a.unknownformat"},
-         "a.unknownformat",
-         "No image format"},
-        // The tank command shows the same failure as text, not as a box.
-        {{"tank", sampleGame, "Harrow"}, QString(), "Failed to parse xml file for tank: Harrow"},
+    // Options after "render <game>", the file named by --out, the reason.
+    const std::tuple<QStringList, QString, const char*> cases[] = {
+        // clang-format off
+        {{"Nobody", "--out", "a.png"}, "a.png", "Not in the vehicle table"},
+        {{"Harrow", "--out", "a.png"}, "a.png", "Failed to parse xml file for tank: Harrow"},
+        {{"Talon", "--out", "a.png", "--size", "0x10"}, "a.png", "--size"},
+        {{"Talon", "--out", "a.png", "--state", "wrecked"}, "a.png", "--state"},
+        {{"Talon", "--out", "a.png", "--turret", "Nope"}, "a.png", "No turret named: Nope"},
+        {{"Talon", "--out", "no/such/folder/a.png"}, "no/such/folder/a.png", "No folder"},
+        {{"Talon", "--out", "a.unknownformat"}, "a.unknownformat", "No image format"},
+        // clang-format on
     };
-    for (const auto& entry : cases) {
-        const ToolResult result = runTool(entry.arguments, folder.path());
+    for (const auto& [options, out, message] : cases) {
+        const ToolResult result =
+            runTool(QStringList{"render", SampleGame} + options, folder.path());
         if (noOpenGl(result))
             GTEST_SKIP() << "no OpenGL 3.2 core context";
-        const std::string label = entry.arguments.join(' ').toStdString();
-        EXPECT_EQ(result.exitCode, 1) << label << "\n" << result.err.toStdString();
-        EXPECT_TRUE(result.err.contains(entry.message)) << label << "\n"
-                                                        << result.err.toStdString();
-        if (!entry.out.isEmpty())
-            EXPECT_FALSE(QFile::exists(QDir(folder.path()).absoluteFilePath(entry.out))) << label;
+        SCOPED_TRACE(options.join(' ').toStdString());
+        EXPECT_EQ(result.exitCode, 1) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(message)) << result.err.toStdString();
+        EXPECT_FALSE(QFile::exists(QDir(folder.path()).absoluteFilePath(out)));
     }
+    // The tank command shows the same failure as text, not as a box.
+    const ToolResult tank = runTool({"tank", SampleGame, "Harrow"}, folder.path());
+    EXPECT_EQ(tank.exitCode, 1);
+    EXPECT_TRUE(tank.err.contains("Failed to parse xml file for tank: Harrow"));
 }
 
 } // namespace

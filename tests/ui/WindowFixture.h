@@ -6,6 +6,7 @@
 // closes, which ends the run.
 
 #include "FerroxMain.h"
+#include "ImageCheck.h"
 #include "MainWindow.h"
 #include "MessageBoxRecorder.h"
 #include "QtPrinters.h"
@@ -21,22 +22,34 @@
 
 #include <functional>
 
+// Pixels of the middle third that differ clearly between two frames.
+inline int changedPixels(const QImage& before, const QImage& after)
+{
+    int changed = 0;
+    for (int y = before.height() / 3; y < 2 * before.height() / 3; ++y)
+        for (int x = before.width() / 3; x < 2 * before.width() / 3; ++x)
+            changed += sameColour(before.pixel(x, y), QColor(after.pixel(x, y)), 8) ? 0 : 1;
+    return changed;
+}
+
 class WindowTest : public testing::Test
 {
 protected:
     static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
 
-    WindowTest()
+    WindowTest() { writeSettings("<ShadowMap>1024</ShadowMap>"); }
+
+    // A settings file on the sample installation with these renderer values.
+    void writeSettings(const QByteArray& rendererCommon)
     {
-        root.writeFile(
-            QStringLiteral("data/settings.cfg"),
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings>\n"
-            " <Paths><GavrelPath>" +
-                Game.toUtf8() + "</GavrelPath><ModPath>" + Game.toUtf8() +
-                "-mod</ModPath></Paths>\n"
-                " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150</ShaderDir>"
-                "</Renderer></RendererSystems>\n"
-                " <RendererCommon><ShadowMap>1024</ShadowMap></RendererCommon>\n</Settings>\n");
+        root.writeFile(QStringLiteral("data/settings.cfg"),
+                       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings>\n"
+                       " <Paths><GavrelPath>" +
+                           Game.toUtf8() + "</GavrelPath><ModPath>" + Game.toUtf8() +
+                           "-mod</ModPath></Paths>\n"
+                           " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150"
+                           "</ShaderDir></Renderer></RendererSystems>\n <RendererCommon>" +
+                           rendererCommon + "</RendererCommon>\n</Settings>\n");
     }
 
     // Returns the program's exit code.

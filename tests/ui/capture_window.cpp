@@ -22,10 +22,8 @@ namespace {
 void designLayout(MainWindow& window)
 {
     Ui::MainWindow& ui = window.ui;
-    for (QDockWidget* dock :
-         {static_cast<QDockWidget*>(ui.TankOptionsDock),
-          static_cast<QDockWidget*>(ui.SceneSettingsDock), static_cast<QDockWidget*>(ui.CameraDock),
-          static_cast<QDockWidget*>(ui.CamoDock)}) {
+    for (QDockWidget* dock : QList<QDockWidget*>{ui.TankOptionsDock, ui.SceneSettingsDock,
+                                                 ui.CameraDock, ui.CamoDock}) {
         dock->show();
         window.tabifyDockWidget(ui.TanksDock, dock);
     }

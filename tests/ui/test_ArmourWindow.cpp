@@ -9,6 +9,7 @@
 #include "RenderWidget.h"
 #include "TankLoader.h"
 
+#include <QMouseEvent>
 #include <QStandardItemModel>
 
 namespace {
@@ -23,11 +24,15 @@ QStringList reportedMaterials(const MainWindow& window)
 }
 
 // A shot at a point of the viewport, after a frame as the user sees one:
-// the frame brings the projection to the viewport's present size.
+// the frame brings the projection to the viewport's present size. The move
+// goes to the viewport itself: QTest::mouseMove would move the display's one
+// pointer, which test processes sharing the display move as well.
 void ctrlClick(RenderWidget* viewport, const QPoint& at)
 {
     viewport->grabFramebuffer();
-    QTest::mouseMove(viewport, at);
+    QMouseEvent move(QEvent::MouseMove, at, viewport->mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(viewport, &move);
     QTest::mouseClick(viewport, Qt::LeftButton, Qt::ControlModifier, at);
 }
 } // namespace

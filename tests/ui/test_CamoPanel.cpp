@@ -7,7 +7,6 @@
 #include "CamoList.h"
 #include "CamoListUI.h"
 #include "CamoLoader.h"
-#include "ImageCheck.h"
 #include "RenderWidget.h"
 #include "Settings.h"
 
@@ -15,16 +14,6 @@
 #include <QDirIterator>
 
 namespace {
-// Pixels of the middle third that differ clearly between the two images.
-int changedPixels(const QImage& before, const QImage& after)
-{
-    int changed = 0;
-    for (int y = before.height() / 3; y < 2 * before.height() / 3; ++y)
-        for (int x = before.width() / 3; x < 2 * before.width() / 3; ++x)
-            changed += sameColour(before.pixel(x, y), QColor(after.pixel(x, y)), 8) ? 0 : 1;
-    return changed;
-}
-
 void expectChanged(const QImage& before, const QImage& after, const char* what)
 {
     // A pattern covers the painted hull and turret, a good part of the view.

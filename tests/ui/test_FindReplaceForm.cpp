@@ -125,26 +125,16 @@ struct ReplaceAllCase
 };
 
 const ReplaceAllCase replaceAllCases[] = {
+    // clang-format off
     {"regular expression", "a1 b22 c333", "\\d+", "#", {false, false, true}, 0, "a# b# c#", 3},
     {"whole words", "cat catalog Cat", "cat", "dog", {false, true}, 0, "dog catalog dog", 2},
     {"replacement holding the searched text", "ab ab", "ab", "abab", {}, 0, "abab abab", 2},
-    {"upwards, replacement holding the text",
-     "x x x",
-     "x",
-     "xx",
-     {true, false, false, true},
-     5,
-     "xx xx xx",
-     3},
-    {"from the first find to the top",
-     "a a a a",
-     "a",
-     "b",
-     {false, false, false, true},
-     3,
-     "b b a a",
-     2},
+    {"upwards, replacement holding the text", "x x x", "x", "xx", {true, false, false, true}, 5,
+     "xx xx xx", 3},
+    {"from the first find to the top", "a a a a", "a", "b", {false, false, false, true}, 3,
+     "b b a a", 2},
     {"from the first find to the end", "a a a a", "a", "b", {}, 3, "a a b b", 2},
+    // clang-format on
 };
 
 TEST_F(FindReplaceFormTest, ReplaceAllGoesFromTheFirstFindToTheEndOfTheDirection)

@@ -3,6 +3,7 @@
 // on the sample installation.
 
 #include "QtPrinters.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -38,8 +39,7 @@ Finished runToEnd(const QString& program, const QStringList& arguments,
 
 QString readText(const QString& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return QString::fromUtf8(readFile(path));
 }
 
 // The install writes its list of files into the build tree, where a user's

@@ -1,16 +1,23 @@
 // The window's frame: dock keys, full-screen mode, layouts, the log panel
-// and the translated menus.
+// and the translated texts.
 
 #include "WindowFixture.h"
 
-#include "AboutViewerWidget.h"
+#include "DialogAnswer.h"
+#include "FindReplaceForm.h"
 #include "Log.h"
+#include "Preferences.h"
 #include "RenderWidget.h"
+#include "VisualEditWidget.h"
+#include "ui_Preferences.h"
 
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QLabel>
 #include <QMenuBar>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
+#include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -160,13 +167,14 @@ TEST_F(WindowTest, LogPanelShowsEachLevelInItsTab)
     });
 }
 
-TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
+TEST_F(WindowTest, RussianLocaleTranslatesMenusPreferencesAndTheVisualEditor)
 {
     QDir(root.root()).mkpath(QStringLiteral("languages"));
     ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
                             root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
+    QStringList shown;
     runWindow(
-        [this](MainWindow& window) {
+        [&](MainWindow& window) {
             const std::pair<QMenu*, const char*> menus[] = {
                 {window.ui.menu_File, "&Файл"},          {window.ui.menu_Edit, "&Правка"},
                 {window.ui.menu_View, "&Вид"},           {window.ui.menu_Window, "&Окно"},
@@ -181,34 +189,28 @@ TEST_F(WindowTest, RussianLocaleTranslatesTheMenus)
             ASSERT_FALSE(boxes.boxes.isEmpty());
             EXPECT_EQ(boxes.boxes.last().text,
                       QStringLiteral("Сначала необходимо загрузить танк."));
+
+            DialogAnswer answer(QStringLiteral("PreferencesDialog"), false, [&](QDialog& dialog) {
+                const Ui::Preferences& ui = *static_cast<Preferences&>(dialog).ui;
+                shown << dialog.windowTitle() << ui.listWidget->item(2)->text()
+                      << ui.buttonBox->button(QDialogButtonBox::Ok)->text()
+                      << ui.camInvertX->text()
+                      // The renderer reads these texts back from the settings.
+                      << ui.MsaaCombo->itemText(0) << ui.TextureFilterCombo->itemText(1);
+            });
+            window.showPreferences();
+            EXPECT_EQ(window.visualEditor->windowTitle(), QStringLiteral("Редактор визуалов"));
+            auto* find = window.visualEditor->findChild<FindReplaceForm*>();
+            ASSERT_NE(find, nullptr);
+            EXPECT_EQ(find->windowTitle(), QStringLiteral("Найти и заменить"));
         },
         QStringLiteral("ru_RU"));
+    EXPECT_EQ(shown, (QStringList{QStringLiteral("Настройки"), QStringLiteral("Отрисовка"),
+                                  QStringLiteral("ОК"), QStringLiteral("Инвертировать X"),
+                                  QStringLiteral("Disabled"), QStringLiteral("Trilinear")}));
 }
 
 namespace {
-// Notes what an About box shows when it comes up, then closes it.
-class AboutCloser : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        auto* about = qobject_cast<AboutViewerWidget*>(watched);
-        if (about && event->type() == QEvent::Show) {
-            ++shown;
-            flags = about->windowFlags();
-            vendor = about->findChild<QLabel*>(QStringLiteral("glVendorLabel"))->text();
-            renderer = about->findChild<QLabel*>(QStringLiteral("glRendererLabel"))->text();
-            QMetaObject::invokeMethod(about, &QDialog::reject, Qt::QueuedConnection);
-        }
-        return false;
-    }
-
-    int shown = 0;
-    Qt::WindowFlags flags;
-    QString vendor;
-    QString renderer;
-};
-
 QString glText(GLenum name)
 {
     QOpenGLFunctions* gl = QOpenGLContext::currentContext()->functions();
@@ -219,18 +221,22 @@ QString glText(GLenum name)
 TEST_F(WindowTest, AboutBoxShowsTheViewportsDriver)
 {
     runWindow([](MainWindow& window) {
-        AboutCloser closer;
-        qApp->installEventFilter(&closer);
+        Qt::WindowFlags flags;
+        QString vendor, renderer;
+        DialogAnswer answer(QStringLiteral("aboutDialog"), false, [&](QDialog& about) {
+            flags = about.windowFlags();
+            vendor = about.findChild<QLabel*>(QStringLiteral("glVendorLabel"))->text();
+            renderer = about.findChild<QLabel*>(QStringLiteral("glRendererLabel"))->text();
+        });
         // The slot must make the viewport's context current itself.
         window.renderWidget->doneCurrent();
         window.ui.actionAbout_Ferrox->trigger();
-        qApp->removeEventFilter(&closer);
-        ASSERT_EQ(closer.shown, 1);
-        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowTitleHint));
-        EXPECT_TRUE(closer.flags.testFlag(Qt::WindowSystemMenuHint));
+        ASSERT_EQ(answer.shown, 1);
+        EXPECT_TRUE(flags.testFlag(Qt::WindowTitleHint));
+        EXPECT_TRUE(flags.testFlag(Qt::WindowSystemMenuHint));
         window.renderWidget->makeCurrent();
-        EXPECT_EQ(closer.vendor, glText(GL_VENDOR));
-        EXPECT_EQ(closer.renderer, glText(GL_RENDERER));
-        EXPECT_FALSE(closer.renderer.isEmpty());
+        EXPECT_EQ(vendor, glText(GL_VENDOR));
+        EXPECT_EQ(renderer, glText(GL_RENDERER));
+        EXPECT_FALSE(renderer.isEmpty());
     });
 }

@@ -3,20 +3,7 @@
 
 #include "WindowFixture.h"
 
-#include "ImageCheck.h"
 #include "RenderWidget.h"
-
-namespace {
-// Pixels of the middle third that differ clearly between the two images.
-int changedPixels(const QImage& before, const QImage& after)
-{
-    int changed = 0;
-    for (int y = before.height() / 3; y < 2 * before.height() / 3; ++y)
-        for (int x = before.width() / 3; x < 2 * before.width() / 3; ++x)
-            changed += sameColour(before.pixel(x, y), QColor(after.pixel(x, y)), 8) ? 0 : 1;
-    return changed;
-}
-} // namespace
 
 TEST_F(WindowTest, NationNameAndEnterPutTheVehicleInTheViewport)
 {

@@ -47,24 +47,22 @@ struct ShownCase
 TEST_F(PreferencesTest, ShowsTheSettingsAndUnknownValuesAsTheFirstEntry)
 {
     const ShownCase cases[] = {
+        // clang-format off
         {"first run", [](Settings&) {}, 2, 3, 1, 1, 1},
-        {"largest",
-         [](Settings& s) {
+        {"largest", [](Settings& s) {
              s.msaa = QStringLiteral("16x");
              s.textureFilter = QStringLiteral("Anisotropic 16x");
              s.shadowMap = 4096;
              s.shadowMapSamples = 16.9f; // cut, not rounded
-         },
-         4, 5, 1, 2, 2},
-        {"unknown",
-         [](Settings& s) {
+         }, 4, 5, 1, 2, 2},
+        {"unknown", [](Settings& s) {
              s.msaa = QStringLiteral("32x");
              s.textureFilter = QStringLiteral("anisotropic 4x");
              s.vsync = 0;
              s.shadowMap = 512;
              s.shadowMapSamples = 3;
-         },
-         0, 0, 0, 0, 0},
+         }, 0, 0, 0, 0, 0},
+        // clang-format on
     };
     for (const ShownCase& c : cases) {
         SCOPED_TRACE(c.name);

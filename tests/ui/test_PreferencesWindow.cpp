@@ -1,19 +1,14 @@
 // Preferences in the running window: what accepting the dialog writes into
-// the settings, the signals it sends in which order, the boxes it shows,
-// and the first run that leads the user into it.
+// the settings, the signals it sends in which order, the boxes it shows.
+// The first run that leads into it is in test_Startup.cpp, its Russian
+// texts in test_MainWindow.cpp.
 
 #include "WindowFixture.h"
 
 #include "DialogAnswer.h"
-#include "FindReplaceForm.h"
 #include "Preferences.h"
 #include "Settings.h"
-#include "VisualEditWidget.h"
 #include "ui_Preferences.h"
-
-#include <QDialogButtonBox>
-#include <QDir>
-#include <QPushButton>
 
 #include <functional>
 
@@ -26,20 +21,13 @@ const QString InvalidPath =
 class PreferencesWindowTest : public WindowTest
 {
 protected:
+    // Every value the dialog shows, so that an untouched dialog changes
+    // nothing.
     PreferencesWindowTest()
     {
-        // Every value the dialog shows, so that an untouched dialog changes
-        // nothing.
-        root.writeFile(QStringLiteral("data/settings.cfg"),
-                       "<Settings>\n <Paths><GavrelPath>" + Game.toUtf8() +
-                           "</GavrelPath><ModPath>" + Game.toUtf8() +
-                           "-mod</ModPath></Paths>\n"
-                           " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150"
-                           "</ShaderDir></Renderer></RendererSystems>\n"
-                           " <RendererCommon><TextureFilter>Anisotropic 4x</TextureFilter>"
-                           "<MSAA>Disabled</MSAA><ShadowMap>1024</ShadowMap>"
-                           "<ShadowMapSamples>8</ShadowMapSamples><VSync>1</VSync>"
-                           "</RendererCommon>\n</Settings>\n");
+        writeSettings("<TextureFilter>Anisotropic 4x</TextureFilter><MSAA>Disabled</MSAA>"
+                      "<ShadowMap>1024</ShadowMap><ShadowMapSamples>8</ShadowMapSamples>"
+                      "<VSync>1</VSync>");
     }
 
     // Records the settings' signals by name, in the order they arrive.
@@ -91,31 +79,19 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
     const QString other = root.filePath(QStringLiteral("other-game"));
     ASSERT_TRUE(QFile::link(Game, other));
     const QString mods = root.filePath(QStringLiteral("mods"));
+    using S = const Settings&;
+    using W = MainWindow&;
     const ApplyCase cases[] = {
+        // clang-format off
         {"unchanged", true, [](Ui::Preferences&) {}, {"mouseInvert"}, {}, {}},
-        {"cancelled",
-         false,
-         [](Ui::Preferences& ui) {
-             pick(ui.MsaaCombo, "8x");
-             ui.GavrelPathTxt->clear();
-         },
-         {},
-         {},
-         [](const Settings& s, MainWindow&) { EXPECT_EQ(s.msaa, QStringLiteral("Disabled")); }},
-        {"msaa",
-         true,
-         [](Ui::Preferences& ui) { pick(ui.MsaaCombo, "8x"); },
-         {"msaa", "mouseInvert"},
-         {Restart},
-         [](const Settings& s, MainWindow&) { EXPECT_EQ(s.msaa, QStringLiteral("8x")); }},
-        {"vsync",
-         true,
-         [](Ui::Preferences& ui) { ui.VSyncCombo->setCurrentIndex(0); },
-         {"mouseInvert"},
-         {Restart},
-         [](const Settings& s, MainWindow&) { EXPECT_EQ(s.vsync, 0); }},
-        {"renderer without restart",
-         true,
+        {"cancelled", false,
+         [](Ui::Preferences& ui) { pick(ui.MsaaCombo, "8x"); ui.GavrelPathTxt->clear(); },
+         {}, {}, [](S s, W) { EXPECT_EQ(s.msaa, QStringLiteral("Disabled")); }},
+        {"msaa", true, [](Ui::Preferences& ui) { pick(ui.MsaaCombo, "8x"); },
+         {"msaa", "mouseInvert"}, {Restart}, [](S s, W) { EXPECT_EQ(s.msaa, "8x"); }},
+        {"vsync", true, [](Ui::Preferences& ui) { ui.VSyncCombo->setCurrentIndex(0); },
+         {"mouseInvert"}, {Restart}, [](S s, W) { EXPECT_EQ(s.vsync, 0); }},
+        {"renderer without restart", true,
          [](Ui::Preferences& ui) {
              pick(ui.TextureFilterCombo, "Trilinear");
              pick(ui.ShadowMapCombo, "2048");
@@ -124,9 +100,8 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
              ui.verticalTabs->setChecked(true);
              ui.nativeFileDialog->setChecked(true);
          },
-         {"shadowMapSize", "textureFilter", "mouseInvert"},
-         {},
-         [](const Settings& s, MainWindow& window) {
+         {"shadowMapSize", "textureFilter", "mouseInvert"}, {},
+         [](S s, W window) {
              EXPECT_EQ(s.textureFilter, QStringLiteral("Trilinear"));
              EXPECT_EQ(s.shadowMap, 2048);
              EXPECT_EQ(s.shadowMapSamples, 16.0f);
@@ -134,8 +109,7 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
              EXPECT_FALSE(s.nativeFileDialog);
              EXPECT_TRUE(window.dockOptions() & QMainWindow::VerticalTabs);
          }},
-        {"everything, the game last",
-         true,
+        {"everything, the game last", true,
          [other, mods](Ui::Preferences& ui) {
              ui.GavrelPathTxt->setText(other);
              ui.ModPathTxt->setText(mods);
@@ -146,7 +120,7 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
          },
          {"shadowMapSize", "modPath", "msaa", "textureFilter", "mouseInvert", "gavrelPath"},
          {Restart},
-         [other, this](const Settings& s, MainWindow& window) {
+         [other, this](S s, W window) {
              EXPECT_EQ(s.gavrelPath, other);
              EXPECT_FALSE(window.dockOptions() & QMainWindow::VerticalTabs);
              // The archives reopened and the table was built again.
@@ -154,15 +128,13 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
              EXPECT_EQ(logLines().filter(QStringLiteral("] Building database.")).size(), 2);
              EXPECT_TRUE(listedNames(window).contains(QStringLiteral("Talon")));
          }},
-        {"empty game path",
-         true,
-         [](Ui::Preferences& ui) { ui.GavrelPathTxt->clear(); },
-         {"mouseInvert"},
-         {EmptyPath, InvalidPath},
-         [](const Settings& s, MainWindow&) {
+        {"empty game path", true, [](Ui::Preferences& ui) { ui.GavrelPathTxt->clear(); },
+         {"mouseInvert"}, {EmptyPath, InvalidPath},
+         [](S s, W) {
              EXPECT_EQ(s.gavrelPath, QStringLiteral("c:\\Games\\Gavrel"));
              EXPECT_FALSE(s.gavrelPathValid);
          }},
+        // clang-format on
     };
 
     runWindow([&](MainWindow& window) {
@@ -190,54 +162,4 @@ TEST_F(PreferencesWindowTest, AcceptingAppliesInOrderWithSignalsAndBoxes)
         }
         EXPECT_EQ(answer.shown, int(std::size(cases)));
     });
-}
-
-TEST_F(PreferencesWindowTest, FirstRunOpensPreferencesAfterTheListsFirstFill)
-{
-    QFile::remove(userFile(QStringLiteral("settings.cfg")));
-    bool listFilledWhenShown = false;
-    DialogAnswer answer(QStringLiteral("PreferencesDialog"), true, [&](QDialog& dialog) {
-        listFilledWhenShown =
-            mainWindow && qobject_cast<QStringListModel*>(mainWindow->ui.mTankListView->model());
-        static_cast<Preferences&>(dialog).ui->GavrelPathTxt->setText(Game);
-    });
-    QStringList namesAtStart;
-    runWindow([&](MainWindow& window) { namesAtStart = listedNames(window); });
-
-    EXPECT_EQ(answer.shown, 1);
-    EXPECT_TRUE(listFilledWhenShown);
-    // The path given in the dialog opened the game before the loop ran.
-    EXPECT_TRUE(namesAtStart.contains(QStringLiteral("Talon")));
-    ASSERT_FALSE(boxes.boxes.isEmpty());
-    EXPECT_TRUE(boxes.boxes[0].text.startsWith(
-        QStringLiteral("Could not locate settings file, creating a new one.")));
-    EXPECT_FALSE(boxTextsFrom(1).contains(InvalidPath));
-}
-
-TEST_F(PreferencesWindowTest, RussianLocaleTranslatesPreferencesAndTheVisualEditor)
-{
-    QDir(root.root()).mkpath(QStringLiteral("languages"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral(FERROX_BIN_DIR "/../languages/Ferrox_ru.qm"),
-                            root.filePath(QStringLiteral("languages/Ferrox_ru.qm"))));
-    QStringList shown;
-    DialogAnswer answer(QStringLiteral("PreferencesDialog"), false, [&shown](QDialog& dialog) {
-        const Ui::Preferences& ui = *static_cast<Preferences&>(dialog).ui;
-        shown << dialog.windowTitle() << ui.listWidget->item(2)->text()
-              << ui.buttonBox->button(QDialogButtonBox::Ok)->text()
-              << ui.camInvertX->text()
-              // The renderer reads these texts back from the settings.
-              << ui.MsaaCombo->itemText(0) << ui.TextureFilterCombo->itemText(1);
-    });
-    runWindow(
-        [](MainWindow& window) {
-            window.showPreferences();
-            EXPECT_EQ(window.visualEditor->windowTitle(), QStringLiteral("Редактор визуалов"));
-            auto* find = window.visualEditor->findChild<FindReplaceForm*>();
-            ASSERT_NE(find, nullptr);
-            EXPECT_EQ(find->windowTitle(), QStringLiteral("Найти и заменить"));
-        },
-        QStringLiteral("ru_RU"));
-    EXPECT_EQ(shown, (QStringList{QStringLiteral("Настройки"), QStringLiteral("Отрисовка"),
-                                  QStringLiteral("ОК"), QStringLiteral("Инвертировать X"),
-                                  QStringLiteral("Disabled"), QStringLiteral("Trilinear")}));
 }

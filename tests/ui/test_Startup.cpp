@@ -1,91 +1,38 @@
-// Runs the whole program in this process, pointed at a private tree, with
-// message boxes answered by a recorder. Each case runs in a process of its
-// own (CTest starts one per case), as the program does.
+// Start-up and shut-down of the whole program in this process, pointed at a
+// private tree, with message boxes answered by a recorder. Each case runs in
+// a process of its own (CTest starts one per case), as the program does.
 
 #include "DialogAnswer.h"
-#include "FerroxMain.h"
-#include "MainWindow.h"
-#include "MessageBoxRecorder.h"
-#include "QtPrinters.h"
+#include "Preferences.h"
 #include "StartupError.h"
-#include "TestRoot.h"
+#include "WindowFixture.h"
+#include "ui_Preferences.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QStatusBar>
-#include <QTimer>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <iterator>
 
-namespace {
-QByteArray settingsFor(const QString& gamePath)
+class StartupTest : public WindowTest
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE settings.cfg>\n<Settings>\n"
-           " <Paths><GavrelPath>" +
-           gamePath.toUtf8() +
-           "</GavrelPath></Paths>\n"
-           " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150</ShaderDir></Renderer>"
-           "</RendererSystems>\n"
-           " <RendererCommon><ShadowMap>1024</ShadowMap></RendererCommon>\n</Settings>\n";
-}
-
-QStringList logLines(const TestRoot& root)
-{
-    QFile file(root.dataDirectory() + QStringLiteral("/Ferrox.log"));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList lines;
-    for (const QString& line : QString::fromUtf8(file.readAll()).split(QStringLiteral("\r\n"))) {
-        if (!line.isEmpty())
-            lines.append(line.section(QLatin1Char('['), 1).prepend(QLatin1Char('[')));
-    }
-    return lines;
-}
-
-class StartupTest : public testing::Test
-{
-protected:
-    // Runs the program; when it starts, the window closes itself once the
-    // event loop runs, which ends the run.
-    int run()
-    {
-        int argc = 1;
-        char name[] = "ferrox";
-        char* argv[] = {name, nullptr};
-        StartOptions options;
-        options.applicationDirectory = root.binDirectory();
-        options.onStarted = [this](MainWindow& window) {
-            windowSeenRunning = mainWindow == &window && window.statusBar() != nullptr;
-            statusMessage = window.statusBar()->currentMessage();
-            QTimer::singleShot(0, &window, &QWidget::close);
-        };
-        const int code = runFerrox(argc, argv, options);
-        root.leave();
-        return code;
-    }
-
-    TestRoot root;
-    MessageBoxRecorder boxes;
-    bool windowSeenRunning = false;
-    QString statusMessage;
 };
-} // namespace
 
 TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
 {
-    ASSERT_TRUE(QFile::exists(QStringLiteral(FERROX_SAMPLE_GAME_DIR "/Gavrel.exe")));
-    root.writeFile(QStringLiteral("data/settings.cfg"),
-                   settingsFor(QStringLiteral(FERROX_SAMPLE_GAME_DIR)));
-
-    EXPECT_EQ(run(), 0);
+    ASSERT_TRUE(QFile::exists(Game + QStringLiteral("/Gavrel.exe")));
+    bool windowSeenRunning = false;
+    QString statusMessage;
+    EXPECT_EQ(runWindow([&](MainWindow& window) {
+                  windowSeenRunning = mainWindow == &window;
+                  statusMessage = window.statusBar()->currentMessage();
+              }),
+              0);
     EXPECT_TRUE(windowSeenRunning);
     EXPECT_TRUE(boxes.boxes.isEmpty());
     EXPECT_EQ(mainWindow, nullptr);
 
-    const QStringList lines = logLines(root);
+    const QStringList lines = logLines();
     ASSERT_GE(lines.size(), 8);
     EXPECT_EQ(lines.mid(5, 2), (QStringList{QStringLiteral("[ Info ] Loading settings file."),
                                             QStringLiteral("[ Info ] Loading zip archives.")}));
@@ -109,22 +56,47 @@ TEST_F(StartupTest, StartsOnAGameAndShutsDownInOrder)
               QStringList{QStringLiteral("[ Warning ] Could not load camo xml file: Caldera")});
 }
 
-TEST_F(StartupTest, FirstRunWritesSettingsAndOpensNoArchives)
+// The first run writes a settings file and leads into the preferences, once
+// the list had its first fill.
+TEST_F(StartupTest, FirstRunWritesSettingsAndLeadsIntoThePreferences)
 {
-    // The first run leads into the preferences; this user cancels them.
-    const DialogAnswer cancel(QStringLiteral("PreferencesDialog"), false);
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(cancel.shown, 1);
+    const QString created = QStringLiteral("Could not locate settings file, creating a new one.");
+    QFile::remove(userFile(QStringLiteral("settings.cfg")));
+    {
+        // This user cancels them: no game, no archives.
+        const DialogAnswer cancel(QStringLiteral("PreferencesDialog"), false);
+        EXPECT_EQ(runWindow([](MainWindow&) {}), 0);
+        EXPECT_EQ(cancel.shown, 1);
+    }
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].icon, QMessageBox::Warning);
-    EXPECT_TRUE(QFile::exists(root.dataDirectory() + QStringLiteral("/settings.cfg")));
-
-    const QStringList lines = logLines(root);
-    EXPECT_TRUE(lines.contains(
-        QStringLiteral("[ Warning ] Could not locate settings file, creating a new one.")));
+    EXPECT_TRUE(boxes.boxes[0].text.startsWith(created));
+    EXPECT_TRUE(QFile::exists(userFile(QStringLiteral("settings.cfg"))));
+    const QStringList lines = logLines();
+    EXPECT_TRUE(lines.contains(QStringLiteral("[ Warning ] ") + created));
     EXPECT_FALSE(lines.contains(QStringLiteral("[ Info ] Loading zip archives.")));
     EXPECT_FALSE(lines.contains(QStringLiteral("[ Info ] Building database.")));
     EXPECT_TRUE(lines.contains(QStringLiteral("[ Info ] Gavrel Version: Gavrel not found")));
+
+    // This one names the game, which opens before the loop runs.
+    QFile::remove(userFile(QStringLiteral("settings.cfg")));
+    boxes.boxes.clear();
+    bool listFilledWhenShown = false;
+    const DialogAnswer accept(QStringLiteral("PreferencesDialog"), true, [&](QDialog& dialog) {
+        listFilledWhenShown =
+            mainWindow && qobject_cast<QStringListModel*>(mainWindow->ui.mTankListView->model());
+        static_cast<Preferences&>(dialog).ui->GavrelPathTxt->setText(Game);
+    });
+    QStringList namesAtStart;
+    runWindow([&](MainWindow& window) { namesAtStart = listedNames(window); });
+    EXPECT_EQ(accept.shown, 1);
+    EXPECT_TRUE(listFilledWhenShown);
+    EXPECT_TRUE(namesAtStart.contains(QStringLiteral("Talon")));
+    ASSERT_FALSE(boxes.boxes.isEmpty());
+    EXPECT_TRUE(boxes.boxes[0].text.startsWith(created));
+    for (const MessageBoxRequest& box : boxes.boxes)
+        EXPECT_FALSE(
+            box.text.startsWith(QStringLiteral("Gavrel path does not appear to be valid")));
 }
 
 TEST_F(StartupTest, UnwritableUserDirectoryEndsInOneFatalErrorBox)
@@ -134,7 +106,8 @@ TEST_F(StartupTest, UnwritableUserDirectoryEndsInOneFatalErrorBox)
     QDir(root.dataDirectory()).removeRecursively();
     root.writeFile(QStringLiteral("data"), "not a folder");
 
-    EXPECT_EQ(run(), 1);
+    bool windowSeenRunning = false;
+    EXPECT_EQ(runWindow([&](MainWindow&) { windowSeenRunning = true; }), 1);
     EXPECT_FALSE(windowSeenRunning);
 
     QList<MessageBoxRequest> fatal;
@@ -154,9 +127,9 @@ TEST_F(StartupTest, UnwritableUserDirectoryEndsInOneFatalErrorBox)
 TEST_F(StartupTest, BrokenSettingsFileEndsTheRunBeforeTheLoop)
 {
     root.writeFile(QStringLiteral("data/settings.cfg"), "<Settings>");
-    EXPECT_EQ(run(), 1);
+    EXPECT_EQ(runWindow([](MainWindow&) {}), 1);
     ASSERT_EQ(boxes.boxes.size(), 1);
     EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Fatal Error"));
     EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Could not set XML content."));
-    EXPECT_EQ(logLines(root).last(), QStringLiteral("[ Info ] Log shutting down."));
+    EXPECT_EQ(logLines().last(), QStringLiteral("[ Info ] Log shutting down."));
 }

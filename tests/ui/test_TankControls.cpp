@@ -32,19 +32,17 @@ TEST_F(WindowTest, TankListFollowsTheFilterBoxesAndText)
     runWindow([](MainWindow& window) {
         EXPECT_EQ(listedNames(window).size(), 26);
         // Nation, category, tier, filter text; the vehicles listed.
-        const std::tuple<const char*, const char*, const char*, const char*, QStringList> cases[] =
-            {
-                {"Borvia",
-                 nullptr,
-                 nullptr,
-                 "",
-                 {"Hornet", "Kestrel", "Marauder", "Prototype", "Sentinel", "Training Hauler",
-                  QStringLiteral("Škorpion")}},
-                {"Borvia", "Light Tanks", nullptr, "", {"Kestrel", "Training Hauler"}},
-                {nullptr, nullptr, nullptr, "kest", {"Kestrel", "Kestrel's Wrath"}},
-                {nullptr, "Heavy Tanks", "10", "", {"Halberd"}},
-                {nullptr, nullptr, nullptr, "no such", {}},
-            };
+        using Case = std::tuple<const char*, const char*, const char*, const char*, QStringList>;
+        const Case cases[] = {
+            // clang-format off
+            {"Borvia", nullptr, nullptr, "", {"Hornet", "Kestrel", "Marauder", "Prototype",
+                                              "Sentinel", "Training Hauler", "Škorpion"}},
+            {"Borvia", "Light Tanks", nullptr, "", {"Kestrel", "Training Hauler"}},
+            {nullptr, nullptr, nullptr, "kest", {"Kestrel", "Kestrel's Wrath"}},
+            {nullptr, "Heavy Tanks", "10", "", {"Halberd"}},
+            {nullptr, nullptr, nullptr, "no such", {}},
+            // clang-format on
+        };
         for (const auto& [nation, category, tier, text, expected] : cases) {
             SCOPED_TRACE(text);
             window.ui.tankFilter->clear();

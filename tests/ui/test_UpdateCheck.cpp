@@ -2,6 +2,7 @@
 // through the program's own network manager.
 
 #include "CommonMessages.h"
+#include "DialogAnswer.h"
 #include "MessageBoxRecorder.h"
 #include "QtPrinters.h"
 #include "UpdateCheck.h"
@@ -55,35 +56,14 @@ QByteArray document(const QByteArray& latest, const QByteArray& notes = QByteArr
     return text + "</Update>\n";
 }
 
-// Notes what the dialog shows when it opens, then closes it from inside its
-// own event loop, as if the user had pressed Cancel.
-class DialogWatcher : public QObject
+// What a dialog shows in its labels and notes.
+QStringList shownTexts(const QDialog& dialog)
 {
-public:
-    explicit DialogWatcher(UpdateCheck& watched) : check(watched)
-    {
-        check.installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (watched == &check && event->type() == QEvent::Show) {
-            shown = QStringList{
-                label("installedText")->text(), label("LatestVersionLabel")->text(),
-                label("UrlText")->text(),
-                check.findChild<QTextEdit*>(QStringLiteral("notesText"))->toPlainText()};
-            modal = check.isModal();
-            QMetaObject::invokeMethod(&check, "reject", Qt::QueuedConnection);
-        }
-        return false;
-    }
-
-    QLabel* label(const char* name) const { return check.findChild<QLabel*>(QLatin1String(name)); }
-
-    UpdateCheck& check;
-    QStringList shown;
-    bool modal = false;
-};
+    QStringList texts;
+    for (const char* name : {"installedText", "LatestVersionLabel", "UrlText"})
+        texts.append(dialog.findChild<QLabel*>(QLatin1String(name))->text());
+    return texts << dialog.findChild<QTextEdit*>(QStringLiteral("notesText"))->toPlainText();
+}
 
 struct UpdateCase
 {
@@ -115,7 +95,13 @@ TEST_P(UpdateCheckTest, AnswersTheVersionDocument)
     CommonMessages messages;
     MessageBoxRecorder boxes;
     UpdateCheck check;
-    DialogWatcher watcher(check);
+    // Notes what the dialog shows, then closes it as if Cancel were pressed.
+    QStringList shown;
+    bool modal = false;
+    DialogAnswer answer(QStringLiteral("Dialog"), false, [&](QDialog& dialog) {
+        shown = shownTexts(dialog);
+        modal = dialog.isModal();
+    });
     QTcpServer server;
     const QUrl address = serve(server, test.status, test.body);
 
@@ -135,16 +121,16 @@ TEST_P(UpdateCheckTest, AnswersTheVersionDocument)
     }
 
     if (!test.notesShown) {
-        EXPECT_EQ(watcher.shown, QStringList());
+        EXPECT_EQ(answer.shown, 0);
         return;
     }
-    EXPECT_EQ(watcher.shown,
-              (QStringList{QStringLiteral("1.0.17"), QStringLiteral("1.0.18"),
-                           QStringLiteral("<a href=\"http://downloads.example.org/"
-                                          "Ferrox-1.0.18.zip\">Click here for download</a>"),
-                           QLatin1String(test.notesShown)}));
-    EXPECT_TRUE(watcher.modal);
-    EXPECT_TRUE(watcher.label("UrlText")->openExternalLinks());
+    ASSERT_EQ(answer.shown, 1);
+    EXPECT_EQ(shown, (QStringList{QStringLiteral("1.0.17"), QStringLiteral("1.0.18"),
+                                  QStringLiteral("<a href=\"http://downloads.example.org/"
+                                                 "Ferrox-1.0.18.zip\">Click here for download</a>"),
+                                  QLatin1String(test.notesShown)}));
+    EXPECT_TRUE(modal);
+    EXPECT_TRUE(check.findChild<QLabel*>(QStringLiteral("UrlText"))->openExternalLinks());
     EXPECT_EQ(check.result(), int(QDialog::Rejected));
 }
 

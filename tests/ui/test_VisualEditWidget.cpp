@@ -26,27 +26,17 @@
 
 namespace {
 
-struct PartControls
-{
-    int part;
-    const char* tab;
-    const char* edit;
-    const char* find;
-    const char* undo;
-};
+// Each part's controls are named <part>Tab, <part>TextEdit, <part>FindButton
+// and <part>UndoButton.
+const std::pair<int, const char*> parts[] = {{TankLoader::ChassisPart, "chassis"},
+                                             {TankLoader::HullPart, "hull"},
+                                             {TankLoader::TurretPart, "turret"},
+                                             {TankLoader::GunPart, "gun"}};
 
-const PartControls parts[] = {
-    {TankLoader::ChassisPart, "chassisTab", "chassisTextEdit", "chassisFindButton",
-     "chassisUndoButton"},
-    {TankLoader::HullPart, "hullTab", "hullTextEdit", "hullFindButton", "hullUndoButton"},
-    {TankLoader::TurretPart, "turretTab", "turretTextEdit", "turretFindButton", "turretUndoButton"},
-    {TankLoader::GunPart, "gunTab", "gunTextEdit", "gunFindButton", "gunUndoButton"},
-};
-
-template <typename T> T* child(const QObject& parent, const char* name)
+template <typename T> T* child(const QObject& parent, const QString& name)
 {
-    T* found = parent.findChild<T*>(QLatin1String(name));
-    EXPECT_NE(found, nullptr) << name;
+    T* found = parent.findChild<T*>(name);
+    EXPECT_NE(found, nullptr) << name.toStdString();
     return found;
 }
 
@@ -61,28 +51,30 @@ TEST(VisualEditWidgetTest, EachPartHasItsTabEditorHighlighterAndButtons)
 {
     VisualEditWidget editor;
     editor.show();
-    for (const PartControls& p : parts) {
-        SCOPED_TRACE(p.edit);
-        auto* edit = child<QTextEdit>(editor, p.edit);
+    for (const auto& [part, name] : parts) {
+        SCOPED_TRACE(name);
+        const QString prefix = QLatin1String(name);
+        auto* edit = child<QTextEdit>(editor, prefix + "TextEdit");
         ASSERT_NE(edit, nullptr);
-        EXPECT_EQ(child<QTabWidget>(editor, "visualTab")->indexOf(child<QWidget>(editor, p.tab)),
-                  p.part);
-        EXPECT_EQ(editor.textEdit(p.part), edit);
+        EXPECT_EQ(
+            child<QTabWidget>(editor, "visualTab")->indexOf(child<QWidget>(editor, prefix + "Tab")),
+            part);
+        EXPECT_EQ(editor.textEdit(part), edit);
 
-        editor.setVisualText(p.part, "<visual/>");
+        editor.setVisualText(part, "<visual/>");
         EXPECT_EQ(edit->toPlainText(), "<visual/>");
         EXPECT_EQ(firstColour(*edit), QColor(Qt::blue));
         // New text from the loader cannot be undone.
         EXPECT_FALSE(edit->document()->isUndoAvailable());
 
-        child<QTabWidget>(editor, "visualTab")->setCurrentIndex(p.part);
+        child<QTabWidget>(editor, "visualTab")->setCurrentIndex(part);
         edit->moveCursor(QTextCursor::End);
         QTest::keyClicks(edit, "x");
         EXPECT_EQ(edit->toPlainText(), "<visual/>x");
-        QTest::mouseClick(child<QToolButton>(editor, p.undo), Qt::LeftButton);
+        QTest::mouseClick(child<QToolButton>(editor, prefix + "UndoButton"), Qt::LeftButton);
         EXPECT_EQ(edit->toPlainText(), "<visual/>");
 
-        QTest::mouseClick(child<QToolButton>(editor, p.find), Qt::LeftButton);
+        QTest::mouseClick(child<QToolButton>(editor, prefix + "FindButton"), Qt::LeftButton);
         EXPECT_EQ(editor.findReplace->textEdit(), edit);
         EXPECT_TRUE(editor.findReplace->isVisible());
     }
