@@ -230,6 +230,10 @@ void TankListView::exportTankMesh()
         warn(commonMessages->createDirectoryFailed);
         return;
     }
-    loader->exportAll();
+    // The box comes either way; what could not be written is in the log.
+    if (!loader->exportAll())
+        Log::log(QStringLiteral("Export tank mesh: not every OBJ file of ") + name +
+                     QStringLiteral(" could be written."),
+                 Log::Warning);
     inform(tr("Export tank completed."));
 }
