@@ -3,14 +3,10 @@
 // the thickness colours and the two armour lists. The same document serves
 // as the shared gun file. Nothing may crash, hang or read outside the data.
 
-#include "BinaryReader.h"
 #include "CollisionArmor.h"
-#include "PackedXmlReader.h"
-#include "QuietMessageBoxes.h"
+#include "FuzzDocument.h"
 #include "VehicleFile.h"
 
-#include <QBuffer>
-#include <QByteArray>
 #include <QDomDocument>
 
 #include <cstddef>
@@ -45,18 +41,13 @@ ArmorSource sourceFor(const QDomDocument& document, bool plainText, bool sharedG
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    answerBoxesQuietly();
-    QBuffer buffer;
-    buffer.setData(reinterpret_cast<const char*>(data), qsizetype(size));
-    buffer.open(QIODevice::ReadOnly);
-    BinaryReader binary(&buffer);
-    PackedXmlReader reader(&binary);
-    const QDomDocument document = reader.read(QStringLiteral("vehicle.xml"));
+    const FuzzDocument read = readFuzzDocument(data, size, QStringLiteral("vehicle.xml"));
+    const QDomDocument& document = read.document;
     // A fresh table each run: its old list models go with it, as no event
     // loop runs here to take them on deleteLater.
     CollisionArmor armor;
     for (const bool sharedGun : {false, true}) {
-        armor.read(sourceFor(document, reader.plainText, sharedGun));
+        armor.read(sourceFor(document, read.plainText, sharedGun));
         armor.finish();
         for (const float value : armor.regularValues)
             armor.colourFor(value, false, false);

@@ -2,13 +2,9 @@
 // patterns as the camouflage loader does, without GL. Nothing may crash,
 // hang or read outside the data.
 
-#include "BinaryReader.h"
 #include "CamoCatalogue.h"
-#include "PackedXmlReader.h"
-#include "QuietMessageBoxes.h"
+#include "FuzzDocument.h"
 
-#include <QBuffer>
-#include <QByteArray>
 #include <QDomDocument>
 
 #include <cstddef>
@@ -16,13 +12,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    answerBoxesQuietly();
-    QBuffer buffer;
-    buffer.setData(reinterpret_cast<const char*>(data), qsizetype(size));
-    buffer.open(QIODevice::ReadOnly);
-    BinaryReader binary(&buffer);
-    PackedXmlReader reader(&binary);
-    const QDomDocument document = reader.read(QStringLiteral("customization.xml"));
+    const FuzzDocument read = readFuzzDocument(data, size, QStringLiteral("customization.xml"));
+    const QDomDocument& document = read.document;
     readCamoCatalogue(document.firstChildElement(), QStringLiteral("nation"));
     return 0;
 }

@@ -3,13 +3,9 @@
 // serves as the shared gun file, so that shared guns look their limits up
 // in something. Nothing may crash, hang or read outside the data.
 
-#include "BinaryReader.h"
-#include "PackedXmlReader.h"
-#include "QuietMessageBoxes.h"
+#include "FuzzDocument.h"
 #include "VehicleFile.h"
 
-#include <QBuffer>
-#include <QByteArray>
 #include <QDomDocument>
 
 #include <cstddef>
@@ -17,16 +13,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    answerBoxesQuietly();
-    QBuffer buffer;
-    buffer.setData(reinterpret_cast<const char*>(data), qsizetype(size));
-    buffer.open(QIODevice::ReadOnly);
-    BinaryReader binary(&buffer);
-    PackedXmlReader reader(&binary);
-    const QDomDocument document = reader.read(QStringLiteral("vehicle.xml"));
+    const FuzzDocument read = readFuzzDocument(data, size, QStringLiteral("vehicle.xml"));
+    const QDomDocument& document = read.document;
     // Both start indices: a plain file read as packed and the other way
     // round must be as harmless as the right one.
-    for (const bool plainText : {reader.plainText, !reader.plainText}) {
+    for (const bool plainText : {read.plainText, !read.plainText}) {
         const VehicleFile file = readVehicleFile(document, plainText, document);
         file.assemblyProblem();
     }
