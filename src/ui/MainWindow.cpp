@@ -129,7 +129,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     if (TankLoader* loader = TankLoader::instance())
         connectTankLoader(*loader);
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
-    connectArmorInspection();
+    connectArmorCollisionState();
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);
@@ -1020,7 +1020,7 @@ void MainWindow::emitShellParamaters()
     emit shellParamatersChanged(shell);
 }
 
-void MainWindow::connectArmorInspection()
+void MainWindow::connectArmorCollisionState()
 {
     if (Physics* physics = Physics::instance())
         connect(this, &MainWindow::shellParamatersChanged, physics, &Physics::setShellParamaters);

@@ -137,7 +137,7 @@ private:
     void toggleDock(QDockWidget* dock);
     void connectTankLoader(TankLoader& loader);
     void connectCamouflage();
-    void connectArmorInspection();
+    void connectArmorCollisionState();
     void applySceneSettings();
     void showTankNames(QSqlQuery* query);
     void setDrawStyle(QAction* active, bool wireframe, bool solidWire);

@@ -1,6 +1,6 @@
 #include "VehicleScene.h"
 
-#include "ArmorInspection.h"
+#include "ArmorCollisionState.h"
 #include "Physics.h"
 #include "RenderWidget.h"
 #include "TankLoader.h"
@@ -37,7 +37,7 @@ TankLoader* makeTankLoader(RenderWidget& widget)
 {
     auto* loader = new TankLoader(&widget);
     loader->window.renewOverlay = [&widget] { widget.overlay.dirty = true; };
-    installArmorInspection(*loader);
+    installArmorCollisionState(*loader);
     connectViewportToRays(widget, *loader);
     // Through the singleton: the drawable outlives the loader, which goes
     // with the widget's GL.

@@ -1,6 +1,6 @@
 #include "ArmorCommand.h"
 
-#include "ArmorInspection.h"
+#include "ArmorCollisionState.h"
 #include "ArmorReport.h"
 #include "CollisionArmor.h"
 #include "OffscreenVehicle.h"

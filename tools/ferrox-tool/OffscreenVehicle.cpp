@@ -1,6 +1,6 @@
 #include "OffscreenVehicle.h"
 
-#include "ArmorInspection.h"
+#include "ArmorCollisionState.h"
 #include "BufferManager.h"
 #include "CamoLoader.h"
 #include "Database.h"
@@ -108,7 +108,7 @@ bool OffscreenVehicle::createManagers()
     materials->light = &light;
     tankLoader = std::make_unique<TankLoader>();
     if (installArmor)
-        installArmorInspection(*tankLoader);
+        installArmorCollisionState(*tankLoader);
     textures = std::make_unique<TextureLoader>();
     matrices = std::make_unique<MatrixStack>();
     materials->createDefaultMaterials();

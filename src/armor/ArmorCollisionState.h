@@ -6,14 +6,14 @@ class CollisionArmor;
 class CollisionMesh;
 class TankLoader;
 
-// The armour inspection's side of the vehicle assembly: the four collision
+// The armour view's side of the vehicle assembly: the four collision
 // meshes of state 2, the ray world's part in a load and the armour read.
-// Install it on a TankLoader with installArmorInspection; it makes the
+// Install it on a TankLoader with installArmorCollisionState; it makes the
 // loader's CollisionArmor.
-class ArmorInspection : public CollisionState
+class ArmorCollisionState : public CollisionState
 {
 public:
-    explicit ArmorInspection(TankLoader& loader);
+    explicit ArmorCollisionState(TankLoader& loader);
 
     Mesh* createMesh(int part) override;
     void clearWorld() override;
@@ -32,7 +32,7 @@ private:
 
 // Gives loader its collision state and armour table; the ray world is the
 // Physics singleton, which must exist for rays to meet anything.
-ArmorInspection* installArmorInspection(TankLoader& loader);
+ArmorCollisionState* installArmorCollisionState(TankLoader& loader);
 
 class Physics;
 class RenderWidget;

@@ -1,4 +1,4 @@
-#include "ArmorInspection.h"
+#include "ArmorCollisionState.h"
 
 #include "CollisionArmor.h"
 #include "CollisionMesh.h"
@@ -9,12 +9,12 @@
 
 #include <memory>
 
-ArmorInspection::ArmorInspection(TankLoader& owner)
+ArmorCollisionState::ArmorCollisionState(TankLoader& owner)
     : armor(new CollisionArmor(&owner)), loader(owner)
 {
 }
 
-Mesh* ArmorInspection::createMesh(int part)
+Mesh* ArmorCollisionState::createMesh(int part)
 {
     if (part < 0 || part >= TankLoader::PartCount)
         return nullptr;
@@ -23,19 +23,19 @@ Mesh* ArmorInspection::createMesh(int part)
     return meshes[part];
 }
 
-CollisionMesh* ArmorInspection::mesh(int part) const
+CollisionMesh* ArmorCollisionState::mesh(int part) const
 {
     return part >= 0 && part < TankLoader::PartCount ? meshes[part] : nullptr;
 }
 
-void ArmorInspection::clearWorld()
+void ArmorCollisionState::clearWorld()
 {
     if (Physics* physics = Physics::instance())
         physics->clear();
     armor->clear();
 }
 
-bool ArmorInspection::load(int part, const QString& path, const Vector3& offset)
+bool ArmorCollisionState::load(int part, const QString& path, const Vector3& offset)
 {
     CollisionMesh* target = mesh(part);
     if (!target)
@@ -46,14 +46,14 @@ bool ArmorInspection::load(int part, const QString& path, const Vector3& offset)
     return target->load(path, offset, part);
 }
 
-void ArmorInspection::removeFromWorld()
+void ArmorCollisionState::removeFromWorld()
 {
     for (CollisionMesh* collisionMesh : meshes)
         if (collisionMesh)
             collisionMesh->removeFromWorld();
 }
 
-void ArmorInspection::readArmor()
+void ArmorCollisionState::readArmor()
 {
     ArmorSource source;
     source.vehicle = loader.vehicleDocument;
@@ -69,10 +69,10 @@ void ArmorInspection::readArmor()
     armor->finish();
 }
 
-ArmorInspection* installArmorInspection(TankLoader& loader)
+ArmorCollisionState* installArmorCollisionState(TankLoader& loader)
 {
-    auto inspection = std::make_unique<ArmorInspection>(loader);
-    ArmorInspection* installed = inspection.get();
+    auto inspection = std::make_unique<ArmorCollisionState>(loader);
+    ArmorCollisionState* installed = inspection.get();
     loader.setCollisionState(std::move(inspection));
     return installed;
 }
