@@ -97,8 +97,9 @@ QImage FrameRenderer::renderToImage(int width, int height, bool transparent)
     GLint previous = 0;
     gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
 
-    GLint samples = 0;
-    gl->glGetIntegerv(GL_SAMPLES, &samples);
+    GLint samples = imageSamples;
+    if (samples < 0)
+        gl->glGetIntegerv(GL_SAMPLES, &samples);
     QOpenGLFramebufferObjectFormat format;
     format.setAttachment(QOpenGLFramebufferObject::Depth);
     format.setSamples(samples);

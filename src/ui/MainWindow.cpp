@@ -198,7 +198,9 @@ void MainWindow::connectTankLoader(TankLoader& loader)
     loader.window.addRecent = [this](const QString& name) { addTankRecent(name); };
     visualEditor->connectVisualText(loader.window);
     connect(&loader, SIGNAL(tankLoaded()), this, SLOT(tankOptionsChanged()));
-    connect(this, SIGNAL(armorModeToggled(bool)), &loader, SLOT(armorToggle(bool)));
+    connect(this, &MainWindow::armorModeToggled, &loader, [this, &loader](bool on) {
+        renderWidget->withContext([&] { loader.armorToggle(on); });
+    });
 }
 
 void MainWindow::setSpinRange(QDoubleSpinBox* spin, float minimum, float maximum)
@@ -401,9 +403,8 @@ void MainWindow::aboutViewer()
 {
     // The box reads the driver's facts from the context current when it is
     // made: the viewport's.
-    renderWidget->makeCurrent();
+    const GlContextScope viewport;
     AboutViewerWidget about(this, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
-    renderWidget->doneCurrent();
     about.exec();
 }
 
@@ -546,8 +547,7 @@ void MainWindow::exportCamoPattern()
 void MainWindow::exportCamoBake()
 {
     // The bake draws with the viewport's context, the program's only one.
-    renderWidget->makeCurrent();
-    ::exportCamoBake();
+    renderWidget->withContext([] { ::exportCamoBake(); });
 }
 
 // ---------------------------------------------------------------- scene
@@ -696,7 +696,7 @@ void MainWindow::toggleTextureLocation(bool modFolder)
         return;
     loader->texturesFromArchives = !modFolder;
     if (loader->loaded)
-        loader->reload();
+        renderWidget->withContext([loader] { loader->reload(); });
 }
 
 void MainWindow::toggleGridTexture(bool defaultTexture)
@@ -783,7 +783,7 @@ void MainWindow::loadTank()
         return;
     }
     TankLoader* loader = TankLoader::instance();
-    if (!loader || !loader->load(name.toString())) {
+    if (!loader || !renderWidget->withContext([&] { return loader->load(name.toString()); })) {
         showOk(true, this, tr("Failed to load tank: ") + name.toString());
         return;
     }
@@ -828,7 +828,7 @@ void MainWindow::changeTurret(QString name)
 {
     TankLoader* loader = TankLoader::instance();
     if (loader && loader->loaded && !name.isEmpty())
-        loader->changeTurret(name);
+        renderWidget->withContext([&] { loader->changeTurret(name); });
 }
 
 void MainWindow::changeGun(QString name)
@@ -839,7 +839,7 @@ void MainWindow::changeGun(QString name)
         return;
     const QString turret = ui.turretComboBox->currentText();
     if (!turret.isEmpty() && !name.isEmpty())
-        loader->loadTurretGun(turret, name);
+        renderWidget->withContext([&] { loader->loadTurretGun(turret, name); });
 }
 
 // ---------------------------------------------------------------- rotation

@@ -32,6 +32,13 @@ inline int changedPixels(const QImage& before, const QImage& after)
     return changed;
 }
 
+// The names the tank list shows, in its order.
+inline QStringList listedTankNames(const MainWindow& window)
+{
+    const auto* model = qobject_cast<QStringListModel*>(window.ui.mTankListView->model());
+    return model ? model->stringList() : QStringList();
+}
+
 class WindowTest : public testing::Test
 {
 protected:
@@ -72,11 +79,7 @@ protected:
 
     QString userFile(const QString& name) const { return root.dataDirectory() + '/' + name; }
 
-    static QStringList listedNames(const MainWindow& window)
-    {
-        const auto* model = qobject_cast<QStringListModel*>(window.ui.mTankListView->model());
-        return model ? model->stringList() : QStringList();
-    }
+    static QStringList listedNames(const MainWindow& window) { return listedTankNames(window); }
 
     // Makes the row of that name current; false when it isn't listed.
     static bool selectTank(MainWindow& window, const QString& name)

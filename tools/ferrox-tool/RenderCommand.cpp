@@ -1,10 +1,12 @@
 #include "RenderCommand.h"
 
 #include "CamoCommands.h"
+#include "CamoLoader.h"
 #include "FrameRenderer.h"
 #include "OffscreenVehicle.h"
 #include "Physics.h"
 #include "Settings.h"
+#include "SurfaceFormat.h"
 #include "TankLoader.h"
 #include "ToolContext.h"
 #include "TurretGunChooser.h"
@@ -38,6 +40,16 @@ struct RenderRequest
     // A group's camouflage flag reaches its shader from the frame after it
     // is set: one frame more is drawn first.
     bool camouflage = false;
+    // The window's "Hide" boxes, draw style and grid texture.
+    bool hidden[4] = {};
+    bool wireframe = false;
+    bool solidWire = false;
+    bool gridTexture = false;
+    // An armour shot from the eye toward the far point, as a Ctrl + click
+    // in armour mode fires it: the ray and the hit marker are drawn.
+    bool ray = false;
+    Vector3 rayFrom{};
+    Vector3 rayTo{};
 };
 
 bool fail(const QString& message)
@@ -108,6 +120,51 @@ bool readOutFile(const QString& text, const QString& gameDirectory, RenderReques
     return true;
 }
 
+bool readHidden(const QString& text, bool hidden[4])
+{
+    static const QStringList parts{QStringLiteral("chassis"), QStringLiteral("hull"),
+                                   QStringLiteral("turret"), QStringLiteral("gun")};
+    for (const QString& part : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        const int index = int(parts.indexOf(part.trimmed()));
+        if (index < 0)
+            return fail(QStringLiteral("--hide takes chassis, hull, turret and gun: ") + text);
+        hidden[index] = true;
+    }
+    return true;
+}
+
+bool readStyle(const QString& text, RenderRequest* request)
+{
+    request->wireframe = text == QLatin1String("wire");
+    request->solidWire = text == QLatin1String("solid-wire");
+    if (text.isEmpty() || text == QLatin1String("solid") || request->wireframe ||
+        request->solidWire)
+        return true;
+    return fail(QStringLiteral("--draw is solid, wire or solid-wire, not: ") + text);
+}
+
+bool readRay(const QString& text, RenderRequest* request)
+{
+    if (text.isEmpty())
+        return true;
+    const QStringList ends = text.split(QLatin1Char(':'));
+    bool ok = ends.size() == 2;
+    for (int end = 0; ok && end < 2; ++end) {
+        const QStringList numbers = ends[end].split(QLatin1Char(','));
+        ok = numbers.size() == 3;
+        Vector3& point = end == 0 ? request->rayFrom : request->rayTo;
+        for (int i = 0; ok && i < 3; ++i) {
+            point[size_t(i)] = numbers[i].toFloat(&ok);
+            ok = ok && std::isfinite(point[size_t(i)]);
+        }
+    }
+    if (!ok)
+        return fail(QStringLiteral("--ray wants X,Y,Z:X,Y,Z (from the eye to the far point): ") +
+                    text);
+    request->ray = true;
+    return true;
+}
+
 bool readCamera(const QString& text, QString* camera)
 {
     if (text.isEmpty())
@@ -126,7 +183,11 @@ bool readRequest(const ToolArguments& arguments, RenderRequest* request)
     request->transparent = arguments.hasOption(QStringLiteral("transparent"));
     request->turret = arguments.option(QStringLiteral("turret"));
     request->gun = arguments.option(QStringLiteral("gun"));
-    return readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
+    request->gridTexture = arguments.hasOption(QStringLiteral("grid-texture"));
+    return readHidden(arguments.option(QStringLiteral("hide")), request->hidden) &&
+           readStyle(arguments.option(QStringLiteral("draw")), request) &&
+           readRay(arguments.option(QStringLiteral("ray")), request) &&
+           readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
            (!arguments.hasOption(QStringLiteral("size")) ||
             readSize(arguments.option(QStringLiteral("size")), &request->size)) &&
            readState(arguments.option(QStringLiteral("state")), &request->state) &&
@@ -202,9 +263,58 @@ bool fitTurretAndGun(TankLoader& loader, const RenderRequest& request)
 void placeVehicle(TankLoader& loader, const RenderRequest& request)
 {
     loader.damageMode = request.state;
+    loader.hideChassis = request.hidden[0];
+    loader.hideHull = request.hidden[1];
+    loader.hideTurret = request.hidden[2];
+    loader.hideGun = request.hidden[3];
+    loader.wireframe = request.wireframe;
+    loader.solidWire = request.solidWire;
+    loader.gridTexture = request.gridTexture;
     loader.setTankRotation(request.yaw);
     loader.setTurretRotation(request.turretYaw);
     loader.setGunRotation(request.gunPitch);
+}
+
+// The four swatch colours of the camouflage panel, as #aarrggbb or any name
+// QColor knows, in place of the pattern's own.
+bool applyCamoColours(CamoLoader& camo, const ToolArguments& arguments)
+{
+    if (!arguments.hasOption(QStringLiteral("camo-colours")))
+        return true;
+    const QStringList names =
+        arguments.option(QStringLiteral("camo-colours")).split(QLatin1Char(','));
+    if (names.size() != int(camo.colors.size()))
+        return fail(QStringLiteral("--camo-colours wants four colours, such as "
+                                   "#ffff0000,#ff00ff00,#ff0000ff,#ffffffff"));
+    for (int channel = 0; channel < names.size(); ++channel) {
+        const QColor colour(names[channel]);
+        if (!colour.isValid())
+            return fail(QStringLiteral("Not a colour: ") + names[channel]);
+        camo.colors[size_t(channel)] = {float(colour.red()), float(colour.green()),
+                                        float(colour.blue()), float(colour.alpha())};
+    }
+    return true;
+}
+
+// The window's armour mode, its view textured or, with --state collision,
+// the collision models: the shell is fired once the collision objects stand
+// where the frame draws the vehicle.
+void fireArmorRay(TankLoader& loader, const RenderRequest& request, FrameRenderer& frame)
+{
+    Physics& physics = *Physics::instance();
+    physics.marks.moveHitMarker = [&frame](const Vector3& position) {
+        frame.scene.hitMarker.setPosition(position);
+    };
+    physics.marks.rayLine = [&frame](const Vector3& start, const Vector3& end) {
+        frame.scene.rayStart = start;
+        frame.scene.rayEnd = end;
+    };
+    frame.armorMode = true;
+    loader.armorToggle(true);
+    loader.armourModel = request.state == Collision ? Collision : Intact;
+    // One frame places the collision objects of turret and gun.
+    frame.renderToImage(16, 16, false);
+    physics.fireRay(request.rayFrom, request.rayTo);
 }
 
 // The viewport's frame with the program's first-run scene settings: the
@@ -220,8 +330,12 @@ bool renderVehicle(TankLoader& loader, const RenderRequest& request, QImage* ima
     frame.gridShown = false;
     frame.tankInfoShown = false;
     frame.premiumScene = settings.sceneSet != QLatin1String("basic");
+    // The samples a window with these settings draws with.
+    frame.imageSamples = msaaSampleCount(settings.msaa);
     frame.create(settings.shadowMap);
     frame.scene.add([&loader](ScenePass pass) { loader.render(pass); });
+    if (request.ray)
+        fireArmorRay(loader, request, frame);
     bool ok = true;
     if (!request.camera.isEmpty() && !frame.controls.loadView(request.camera))
         ok = fail(QStringLiteral("Not a camera file: ") + request.camera);
@@ -270,7 +384,9 @@ int renderCommand(const ToolArguments& arguments)
             "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
             "[--state intact|destroyed|collision] [--turret NAME] [--gun NAME] [--yaw DEG] "
             "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
-            "[--transparent] [--mod DIR] [--camo SEASON:ROW]"));
+            "[--transparent] [--mod DIR] [--camo SEASON:ROW] [--hide PART,...] "
+            "[--draw solid|wire|solid-wire] [--grid-texture] [--ray X,Y,Z:X,Y,Z] "
+            "[--camo-colours C0,C1,C2,C3]"));
         return 2;
     }
     RenderRequest request;
@@ -282,13 +398,14 @@ int renderCommand(const ToolArguments& arguments)
     const QString camoChoice = arguments.option(QStringLiteral("camo"));
     vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
     request.camouflage = vehicle.withCamouflage;
-    vehicle.installArmor = request.state == Collision;
+    vehicle.installArmor = request.state == Collision || request.ray;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
     if (!fitTurretAndGun(loader, request))
         return 1;
-    if (vehicle.withCamouflage && !applyCamoChoice(*vehicle.camouflage(), camoChoice))
+    if (vehicle.withCamouflage && (!applyCamoChoice(*vehicle.camouflage(), camoChoice) ||
+                                   !applyCamoColours(*vehicle.camouflage(), arguments)))
         return 1;
     placeVehicle(loader, request);
     QImage image;
