@@ -13,10 +13,11 @@ from dataclasses import replace
 from . import shapes
 from .archives import DEFLATED, STORED, Member, write_package
 from .catalogues import write_catalogues
-from .game_data import (MEDIUM, Nation, Vehicle, nation_files, vehicle_tree,
-                        write_game_data_files)
+from .game_data import (CAMO_PATTERNS_PER_SEASON, MEDIUM, SEASONS, Nation, Vehicle,
+                        camo_texture_path, nation_files, vehicle_tree, write_game_data_files)
 from .garages import GARAGE_PACKAGES, garage_members
 from .models import xml_file
+from .textures import dds_bytes
 from .vehicles import (tank_folder, vehicle_model_files, vehicle_texture_files,
                        collision_model_files, vehicle_parts)
 
@@ -37,17 +38,21 @@ BROKEN_DDS = case("H07_Broken_DDS", "Broken DDS")
 NO_VEHICLE_FILE = case("H08_No_Vehicle_File", "No Vehicle File")
 MASK_COUNT_MISMATCH = case("H09_Mask_Count_Mismatch", "Mask Count Mismatch")
 MISSING_GUN_FILE = case("G01_Missing_Gun_File", "Missing Gun File")
+NO_CAMOUFLAGE_CATALOGUE = case("N01_No_Camouflage_Catalogue", "No Camouflage Catalogue")
 
 HOSTILE = Nation("hostile", "Hostile", "Hostile", (
     SOUND, NO_TURRET, TURRET_WITHOUT_GUN, EMPTY_DOCUMENT, MISSING_MODEL, TRUNCATED_MEMBER,
     BROKEN_DDS, NO_VEHICLE_FILE, MASK_COUNT_MISMATCH,
-), defs_archive=HOSTILE_PACKAGE, has_camouflage=False)
+), defs_archive=HOSTILE_PACKAGE)
 # A nation whose folder has no components/guns.xml: its vehicle's guns are
 # shared, so the loader has nothing to read their names and limits from.
 WITHOUT_GUN_FILE = Nation("hostile_guns", "Hostile", "Hostile Without Gun File",
                           (MISSING_GUN_FILE,), defs_archive=HOSTILE_PACKAGE,
                           has_camouflage=False)
-HOSTILE_NATIONS = (HOSTILE, WITHOUT_GUN_FILE)
+# A nation without customization.xml: its sound vehicle has no patterns.
+WITHOUT_CATALOGUE = Nation("no_catalogue", "Hostile", "No Catalogue", (NO_CAMOUFLAGE_CATALOGUE,),
+                           defs_archive=HOSTILE_PACKAGE, has_camouflage=False)
+HOSTILE_NATIONS = (HOSTILE, WITHOUT_GUN_FILE, WITHOUT_CATALOGUE)
 
 # Vehicles whose model files are their own (the others have none, or share
 # the sound vehicle's): the broken member or texture lies in their folder.
@@ -140,6 +145,9 @@ def hostile_members():
     members = []
     for vehicle in OWN_MODELS:
         members += model_members(vehicle)
+    members += [Member(path, dds_bytes(path), STORED) for path in dict.fromkeys(
+        camo_texture_path(HOSTILE, season, number) for season in SEASONS
+        for number in range(1, CAMO_PATTERNS_PER_SEASON + 1))]
     for nation in HOSTILE_NATIONS:
         for name, data, _ in nation_files(nation):
             vehicle = next((v for v in nation.vehicles if name.endswith(f"/{v.model}.xml")), None)

@@ -33,7 +33,7 @@ class HostileInstallationTest(unittest.TestCase):
             "H00_Sound_Vehicle", "H01_No_Turret", "H02_Turret_Without_Gun",
             "H04_Empty_Document", "H05_Missing_Model", "H06_Truncated_Member",
             "H07_Broken_DDS", "H08_No_Vehicle_File", "H09_Mask_Count_Mismatch",
-            "G01_Missing_Gun_File"])
+            "G01_Missing_Gun_File", "N01_No_Camouflage_Catalogue"])
         sound = self.vehicle("H00_Sound_Vehicle")
         self.assertEqual(len(self.masks(sound)), 3)  # vehicle, turret, gun: as many as maps
         for element in sound.iter():
@@ -52,7 +52,9 @@ class HostileInstallationTest(unittest.TestCase):
         self.assertEqual(len(self.masks(self.vehicle("H09_Mask_Count_Mismatch"))), 1)
         self.assertFalse(self.game.place(f"{VEHICLE_DEFS}/hostile_guns/components/guns.xml"))
         self.assertTrue(self.game.place(f"{VEHICLE_DEFS}/hostile_guns/G01_Missing_Gun_File.xml"))
-        self.assertFalse((self.game.res / HOSTILE_DEFS / "customization.xml").exists())
+        self.assertTrue((self.game.res / HOSTILE_DEFS / "customization.xml").exists())
+        self.assertFalse((self.game.res / VEHICLE_DEFS / "no_catalogue" / "customization.xml")
+                         .exists())
 
     def test_the_truncated_member_and_the_broken_dds_fail_independent_readers(self):
         name = "vehicles/Hostile/H06_Truncated_Member/normal/lod0/Hull.primitives"
