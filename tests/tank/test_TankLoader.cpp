@@ -231,6 +231,7 @@ TEST_F(HostileTankLoaderTest, EachBrokenVehicleFailsWithItsReasonAfterASoundOne)
     ASSERT_TRUE(loader->load("Broken DDS"));
     EXPECT_TRUE(log.lines.join('\n').contains(
         "Failed to load texture: " + models + "H07_Broken_DDS/Hull_AM.dds"));
+    loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = false;
     EXPECT_GT(loader->triangleCount(), 0);
 }
 
