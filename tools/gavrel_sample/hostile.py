@@ -39,6 +39,8 @@ NO_VEHICLE_FILE = case("H08_No_Vehicle_File", "No Vehicle File")
 MASK_COUNT_MISMATCH = case("H09_Mask_Count_Mismatch", "Mask Count Mismatch")
 MISSING_GUN_FILE = case("G01_Missing_Gun_File", "Missing Gun File")
 NO_CAMOUFLAGE_CATALOGUE = case("N01_No_Camouflage_Catalogue", "No Camouflage Catalogue")
+# Another nation's vehicle under the sound vehicle's display name.
+SOUND_TWIN = case("N02_Sound_Vehicle_Twin", "Sound Vehicle")
 
 HOSTILE = Nation("hostile", "Hostile", "Hostile", (
     SOUND, NO_TURRET, TURRET_WITHOUT_GUN, EMPTY_DOCUMENT, MISSING_MODEL, TRUNCATED_MEMBER,
@@ -49,8 +51,9 @@ HOSTILE = Nation("hostile", "Hostile", "Hostile", (
 WITHOUT_GUN_FILE = Nation("hostile_guns", "Hostile", "Hostile Without Gun File",
                           (MISSING_GUN_FILE,), defs_archive=HOSTILE_PACKAGE,
                           has_camouflage=False)
-# A nation without customization.xml: its sound vehicle has no patterns.
-WITHOUT_CATALOGUE = Nation("no_catalogue", "Hostile", "No Catalogue", (NO_CAMOUFLAGE_CATALOGUE,),
+# A nation without customization.xml: its sound vehicles have no patterns.
+WITHOUT_CATALOGUE = Nation("no_catalogue", "Hostile", "No Catalogue",
+                           (NO_CAMOUFLAGE_CATALOGUE, SOUND_TWIN),
                            defs_archive=HOSTILE_PACKAGE, has_camouflage=False)
 HOSTILE_NATIONS = (HOSTILE, WITHOUT_GUN_FILE, WITHOUT_CATALOGUE)
 

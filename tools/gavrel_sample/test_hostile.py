@@ -33,7 +33,7 @@ class HostileInstallationTest(unittest.TestCase):
             "H00_Sound_Vehicle", "H01_No_Turret", "H02_Turret_Without_Gun",
             "H04_Empty_Document", "H05_Missing_Model", "H06_Truncated_Member",
             "H07_Broken_DDS", "H08_No_Vehicle_File", "H09_Mask_Count_Mismatch",
-            "G01_Missing_Gun_File", "N01_No_Camouflage_Catalogue"])
+            "G01_Missing_Gun_File", "N01_No_Camouflage_Catalogue", "N02_Sound_Vehicle_Twin"])
         sound = self.vehicle("H00_Sound_Vehicle")
         self.assertEqual(len(self.masks(sound)), 3)  # vehicle, turret, gun: as many as maps
         for element in sound.iter():
