@@ -3,9 +3,7 @@ for each way a game folder can let the program down. Each case is named
 after what is wrong with it, so that a test that loads it by name says
 what it checks. The program's own lists (ferrox-resources.cfg and
 ferrox-tank_list.cfg) lie in the folder, as in the showcase; the run
-command never opens this folder, the tests and the fuzzers do.
-
-The nations of the hostile installation have no camouflage catalogue."""
+command never opens this folder, the tests and the fuzzers do."""
 import struct
 import zlib
 from dataclasses import replace
@@ -18,8 +16,8 @@ from .game_data import (CAMO_PATTERNS_PER_SEASON, MEDIUM, SEASONS, Nation, Vehic
 from .garages import GARAGE_PACKAGES, garage_members
 from .models import xml_file
 from .textures import dds_bytes
-from .vehicles import (tank_folder, vehicle_model_files, vehicle_texture_files,
-                       collision_model_files, vehicle_parts)
+from .vehicles import (collision_model_files, tank_folder, vehicle_model_files, vehicle_parts,
+                       vehicle_texture_files)
 
 HOSTILE_PACKAGE = "hostile_vehicles.pkg"
 
@@ -80,10 +78,10 @@ def hostile_vehicle_file(nation, vehicle):
     if vehicle == NO_TURRET:
         del tree["turrets0"]
     if vehicle == TURRET_WITHOUT_GUN:
-        tag, turret = tree["turrets0"].children[0]
+        _, turret = tree["turrets0"].children[0]
         del turret["guns"]
     if vehicle == MASK_COUNT_MISMATCH:  # the vehicle's mask alone, for three paintable maps
-        tag, turret = tree["turrets0"].children[0]
+        _, turret = tree["turrets0"].children[0]
         del turret["camouflage"]
         gun = turret["guns"].children[0][1]
         gun.children = [child for child in gun.children if child[0] != "camouflage"]
@@ -180,9 +178,10 @@ def write_hostile_package(packages_dir):
     return HOSTILE_PACKAGE
 
 
-def generate_hostile(out, write_marker, write_version, write_resources_list):
-    """Writes the hostile installation into the (empty) folder out; the
-    installation's own writers come from the caller."""
+def generate_hostile(out, write_marker, write_version):
+    """Writes the hostile installation into the (empty) folder out and
+    returns its archives in search order; the marker and version writers
+    of every installation come from the caller."""
     write_marker(out)
     write_version(out)
     res = out / "res"

@@ -165,7 +165,7 @@ def generate(out, scale, with_broken):
 
 def write_hostile(out):
     """The hostile installation and the program's lists for it."""
-    listed = generate_hostile(out, write_marker, write_version, write_resources_list)
+    listed = generate_hostile(out, write_marker, write_version)
     write_resources_list(out / RESOURCES_LIST_NAME, listed)
     write_tank_list(out / TANK_LIST_NAME, HOSTILE_NATIONS)
 
