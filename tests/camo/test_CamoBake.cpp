@@ -306,7 +306,8 @@ TEST(CamoTool, BakeRefusesTheGameFolderAndCamoListsTheCatalogues)
     const QString out = QString::fromUtf8(listed.out);
     EXPECT_TRUE(out.contains("Caldera: 6 patterns")) << out.toStdString();
     const ToolResult hostile = runTool(QStringList{"camo", HostileGame} + hostileLists());
-    EXPECT_TRUE(hostile.out.contains("No Catalogue: no camouflage catalogue")) << hostile.out.data();
+    EXPECT_TRUE(hostile.out.contains("No Catalogue: no camouflage catalogue"))
+        << hostile.out.data();
     EXPECT_TRUE(out.contains("Drevnia: 5 patterns\n  summer\tdrevnia_summer_2\t"
                              "vehicles/camouflage/drevnia/Summer_02.dds\n"
                              "    colours: 60 100 40 255 | 110 100 90 255 | 60 40 30 200 | "
@@ -321,9 +322,9 @@ TEST(CamoTool, BakeRefusesTheGameFolderAndCamoListsTheCatalogues)
 TEST(CamoTool, BakeRefusesAVehicleWhoseMasksDoNotMatchItsMaps)
 {
     QTemporaryDir mod;
-    const ToolResult refused = runTool(
-        QStringList{"bake", HostileGame, "Mask Count Mismatch", "--mod", mod.path()} +
-        hostileLists());
+    const ToolResult refused =
+        runTool(QStringList{"bake", HostileGame, "Mask Count Mismatch", "--mod", mod.path()} +
+                hostileLists());
     if (noOpenGl(refused))
         GTEST_SKIP() << "no OpenGL 3.2 core context";
     EXPECT_EQ(refused.exitCode, 1);
@@ -331,9 +332,8 @@ TEST(CamoTool, BakeRefusesAVehicleWhoseMasksDoNotMatchItsMaps)
         "This tank is currently not supported by the camouflage baking system.\nAborting!"))
         << refused.err.data();
     EXPECT_TRUE(filesBelow(mod.path()).isEmpty());
-    const ToolResult baked =
-        runTool(QStringList{"bake", HostileGame, "Sound Vehicle", "--mod", mod.path()} +
-                hostileLists());
+    const ToolResult baked = runTool(
+        QStringList{"bake", HostileGame, "Sound Vehicle", "--mod", mod.path()} + hostileLists());
     EXPECT_EQ(baked.exitCode, 0) << baked.err.data();
     EXPECT_EQ(filesBelow(mod.path()).size(), 3);
 }

@@ -192,7 +192,8 @@ TEST_F(HostileTankLoaderTest, EachBrokenVehicleFailsWithItsReasonAfterASoundOne)
     const QString models = QStringLiteral("vehicles/Hostile/");
     // name, a logged line, the boxes shown
     const std::tuple<QString, QString, QStringList> cases[] = {
-        {"No Turret", "[Error] " + parse + "No Turret (the vehicle file has no turret)",
+        {"No Turret",
+         "[Error] " + parse + "No Turret (the vehicle file has no turret)",
          {parse + "No Turret"}},
         {"Turret Without Gun",
          parse + "Turret Without Gun (turret H02_Turret_Without_Gun_Turret has no gun)",
@@ -201,12 +202,15 @@ TEST_F(HostileTankLoaderTest, EachBrokenVehicleFailsWithItsReasonAfterASoundOne)
          parse + "Missing Gun File (no gun file "
                  "scripts/item_defs/vehicles/hostile_guns/components/guns.xml)",
          {parse + "Missing Gun File"}},
-        {"Empty Document", "Could not find the model folder of: Empty Document",
+        {"Empty Document",
+         "Could not find the model folder of: Empty Document",
          {"Error reading data: readInt()" + closing}},
         {"No Vehicle File",
-         "Could not open file: scripts/item_defs/vehicles/hostile/h08_no_vehicle_file.xml", {}},
+         "Could not open file: scripts/item_defs/vehicles/hostile/h08_no_vehicle_file.xml",
+         {}},
         {"Missing Model",
-         "Failed loading: " + models + "H05_Missing_Model/normal/lod0/Chassis.primitives", {}},
+         "Failed loading: " + models + "H05_Missing_Model/normal/lod0/Chassis.primitives",
+         {}},
         {"Truncated Member",
          "Size mismatch: " + models + "H06_Truncated_Member/normal/lod0/Hull.primitives",
          {"Size mismatch" + closing, "Error reading data: readInt()" + closing}},
@@ -229,8 +233,8 @@ TEST_F(HostileTankLoaderTest, EachBrokenVehicleFailsWithItsReasonAfterASoundOne)
     // A broken texture costs the vehicle its colour, not its shape.
     LogCapture log;
     ASSERT_TRUE(loader->load("Broken DDS"));
-    EXPECT_TRUE(log.lines.join('\n').contains(
-        "Failed to load texture: " + models + "H07_Broken_DDS/Hull_AM.dds"));
+    EXPECT_TRUE(log.lines.join('\n').contains("Failed to load texture: " + models +
+                                              "H07_Broken_DDS/Hull_AM.dds"));
     loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = false;
     EXPECT_GT(loader->triangleCount(), 0);
 }

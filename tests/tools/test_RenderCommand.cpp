@@ -66,9 +66,9 @@ TEST(RenderCommandTest, RefusesWhatItCannotDoWithExitCodeOneAndWritesNothing)
     // A vehicle that cannot be assembled is refused as well; the tank command
     // shows the same failure as text, not as a box.
     const QString failure = QStringLiteral("Failed to parse xml file for tank: No Turret");
-    const ToolResult render = runTool(
-        QStringList{"render", HostileGame, "No Turret", "--out", "a.png"} + hostileLists(),
-        folder.path());
+    const ToolResult render =
+        runTool(QStringList{"render", HostileGame, "No Turret", "--out", "a.png"} + hostileLists(),
+                folder.path());
     EXPECT_EQ(render.exitCode, 1);
     EXPECT_TRUE(render.err.contains(failure.toUtf8())) << render.err.toStdString();
     EXPECT_FALSE(QFile::exists(QDir(folder.path()).absoluteFilePath("a.png")));

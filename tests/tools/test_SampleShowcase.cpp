@@ -72,9 +72,8 @@ TEST(SampleShowcase, EveryVehicleAssemblesAndEveryToolSucceedsOnItWithoutTouchin
         EXPECT_EQ(parts, 4);
         const int masks = int(json["textures"].toObject()["exclusion"].toArray().size());
 
-        const ToolResult render = runTool(
-            {"render", SampleGame, name, "--size", "160x120", "--no-garage", "--out",
-             folder + "/shot.png"});
+        const ToolResult render = runTool({"render", SampleGame, name, "--size", "160x120",
+                                           "--no-garage", "--out", folder + "/shot.png"});
         EXPECT_EQ(render.exitCode, 0) << render.err.toStdString();
         EXPECT_EQ(QImage(folder + "/shot.png").size(), QSize(160, 120));
 
