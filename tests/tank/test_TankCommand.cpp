@@ -56,10 +56,11 @@ TEST(TankCommand, JsonDescribesTheAssembledVehicle)
 
     // A vehicle the loader cannot assemble exits with 1 and says why; an
     // unknown name takes the same path, which the render command's cases check.
-    const ToolResult failed = runTool({"tank", Game, "Harrow", "--json"});
+    const ToolResult failed =
+        runTool(QStringList{"tank", HostileGame, "No Turret", "--json"} + hostileLists());
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_TRUE(failed.out.isEmpty());
-    EXPECT_TRUE(failed.err.contains("Ferrox cannot assemble: Harrow")) << failed.err.data();
+    EXPECT_TRUE(failed.err.contains("Ferrox cannot assemble: No Turret")) << failed.err.data();
 }
 
 } // namespace

@@ -46,14 +46,16 @@ protected:
 
     WindowTest() { writeSettings("<ShadowMap>1024</ShadowMap>"); }
 
-    // A settings file on the sample installation with these renderer values.
-    void writeSettings(const QByteArray& rendererCommon)
+    // A settings file on a game folder (the sample installation and its mod
+    // folder unless told otherwise) with these renderer values.
+    void writeSettings(const QByteArray& rendererCommon, const QString& game = Game,
+                       const QString& mod = Game + QStringLiteral("-mod"))
     {
         root.writeFile(QStringLiteral("data/settings.cfg"),
                        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings>\n"
                        " <Paths><GavrelPath>" +
-                           Game.toUtf8() + "</GavrelPath><ModPath>" + Game.toUtf8() +
-                           "-mod</ModPath></Paths>\n"
+                           game.toUtf8() + "</GavrelPath><ModPath>" + mod.toUtf8() +
+                           "</ModPath></Paths>\n"
                            " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150"
                            "</ShaderDir></Renderer></RendererSystems>\n <RendererCommon>" +
                            rendererCommon + "</RendererCommon>\n</Settings>\n");
