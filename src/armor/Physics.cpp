@@ -2,6 +2,7 @@
 
 #include "CollisionMesh.h"
 #include "Log.h"
+#include "Penetration.h"
 
 #include <btBulletCollisionCommon.h>
 
@@ -305,6 +306,8 @@ void Physics::fireRay(const Vector3& from, const Vector3& to)
         }
         if (!pastLimit)
             rayEnd = walked.last().hitPoint;
+        if (shell.penetration > 0)
+            applyPenetration(walked, shell.penetration, shell.lossPerDecimetre);
         for (const RayResult& result : std::as_const(walked))
             if (!result.exitHit)
                 results.append(result);

@@ -17,6 +17,7 @@
 #include "Preferences.h"
 #include "RenderWidget.h"
 #include "ScreenShotUI.h"
+#include "ShellChoice.h"
 #include "Screenshots.h"
 #include "Settings.h"
 #include "StartupError.h"
@@ -130,6 +131,10 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
         connectTankLoader(*loader);
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
     connectArmorCollisionState();
+    shellChoice = new ShellChoice({ui.shellChoiceBox, ui.shellDistanceBox, ui.shellPenetrationBox,
+                                   ui.shellCombo, ui.shellSizeBox, ui.shellNormalBox},
+                                  this);
+    connect(shellChoice, &ShellChoice::changed, this, &MainWindow::emitShellParamaters);
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);
@@ -807,6 +812,16 @@ void MainWindow::tankOptionsChanged()
         ui.turretComboBox->addItem(turret.name);
     if (!turrets.isEmpty())
         turretListChanged(turrets.first().name);
+    refillShellChoice();
+}
+
+void MainWindow::refillShellChoice()
+{
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    const Turret* turret = chooser ? chooser->currentTurret() : nullptr;
+    const Gun* gun = turret ? turret->gun(chooser->currentGunName) : nullptr;
+    if (shellChoice)
+        shellChoice->setShells(gun ? gun->shells : QVector<Shell>());
 }
 
 void MainWindow::turretListChanged(QString name)
@@ -829,6 +844,7 @@ void MainWindow::changeTurret(QString name)
     TankLoader* loader = TankLoader::instance();
     if (loader && loader->loaded && !name.isEmpty())
         loader->changeTurret(name);
+    refillShellChoice();
 }
 
 void MainWindow::changeGun(QString name)
@@ -840,6 +856,7 @@ void MainWindow::changeGun(QString name)
     const QString turret = ui.turretComboBox->currentText();
     if (!turret.isEmpty() && !name.isEmpty())
         loader->loadTurretGun(turret, name);
+    refillShellChoice();
 }
 
 // ---------------------------------------------------------------- rotation
@@ -1017,6 +1034,8 @@ void MainWindow::emitShellParamaters()
     shell.calibre = float(ui.shellSizeBox->value());
     shell.normalization = float(ui.shellNormalBox->value());
     shell.type = ui.shellCombo->currentIndex();
+    if (shellChoice)
+        shellChoice->complete(shell);
     emit shellParamatersChanged(shell);
 }
 

@@ -13,6 +13,7 @@ class QDockWidget;
 class QSqlQuery;
 class QStandardItemModel;
 class RenderWidget;
+class ShellChoice;
 class TankLoader;
 class UpdateCheck;
 class VisualEditWidget;
@@ -56,6 +57,8 @@ public:
     UpdateCheck* updateChecker = nullptr;
     // The one visual editor, made hidden with the window.
     VisualEditWidget* visualEditor = nullptr;
+    // The armour inspector's "Shell:" box and its distance.
+    ShellChoice* shellChoice = nullptr;
 
 signals:
     void reloadSceneItems();
@@ -142,6 +145,7 @@ private:
     void showTankNames(QSqlQuery* query);
     void setDrawStyle(QAction* active, bool wireframe, bool solidWire);
     void emitShellParamaters();
+    void refillShellChoice();
     void refreshRecentActions();
     void loadRecentList();
     void saveRecentList() const;

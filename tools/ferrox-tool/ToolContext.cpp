@@ -71,6 +71,9 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("type"),
     QStringLiteral("norm"),
     QStringLiteral("vertices"),
+    QStringLiteral("shell"),
+    QStringLiteral("pen"),
+    QStringLiteral("distance"),
     // clang-format on
 };
 

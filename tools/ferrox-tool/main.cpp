@@ -97,11 +97,13 @@ const Command commands[] = {
      extractCommand},
     {"armor",
      "armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z [--calibre MM] [--type AP|APCR|HE|HEAT]\n"
-     "      [--norm DEG] [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG]\n"
-     "      [--gun-pitch DEG] [--json]\n"
+     "      [--norm DEG] [--shell NAME] [--pen MM] [--distance M] [--turret NAME]\n"
+     "      [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG] [--json]\n"
      "                                one shell through the vehicle's collision models, in\n"
      "                                the program's mirrored space, reported plate by plate\n"
-     "                                (default 88 mm AP, 2 degrees; needs OpenGL)\n"
+     "                                (default 88 mm AP, 2 degrees; needs OpenGL); --shell\n"
+     "                                fires one of the fitted gun's shells at --distance\n"
+     "                                (default 100 m), --pen gives a penetration in mm\n"
      "armor GAME_DIR NAME --table     the armour tables: part, material, thickness, spaced,\n"
      "                                colour",
      armorCommand},
