@@ -44,9 +44,8 @@ QVector<ArmorReport::Paragraph> ArmorReport::paragraphs(const RayResultsList& re
         list.append({colour, tr("Armor: ") + number(result.armor) + tr("mm") + " (" +
                                  number(result.effective) + tr("mm ") + tr("effective") + ')'});
         if (result.hasPenetration)
-            list.append({colour, tr("Penetration: ") + number(result.penetrationBefore) +
-                                     tr("mm") + " -> " + number(result.penetrationAfter) +
-                                     tr("mm")});
+            list.append({colour, tr("Penetration: ") + number(result.penetrationBefore) + tr("mm") +
+                                     " -> " + number(result.penetrationAfter) + tr("mm")});
         if (result.ricochet)
             list.append({QStringLiteral("#008080;\">"), tr("Ricochet")});
         else if (result.verdict != NoVerdict)
@@ -58,9 +57,9 @@ QVector<ArmorReport::Paragraph> ArmorReport::paragraphs(const RayResultsList& re
         }
     }
     if (const RayResult* plate = firstRegularPlate(results))
-        list.append({QStringLiteral("white;\">"),
-                     tr("Chance to penetrate: ") + QString::number(plate->chance * 100, 'f', 1) +
-                         QLatin1Char('%')});
+        list.append({QStringLiteral("white;\">"), tr("Chance to penetrate: ") +
+                                                      QString::number(plate->chance * 100, 'f', 1) +
+                                                      QLatin1Char('%')});
     return list;
 }
 

@@ -294,6 +294,12 @@ void RenderWidget::makeFbo()
 
 // ---------------------------------------------------------------- the frame
 
+void RenderWidget::withContext(const std::function<void()>& work)
+{
+    makeCurrent();
+    work();
+}
+
 void RenderWidget::resizeGL(int w, int h)
 {
     frame.resize(w, h);

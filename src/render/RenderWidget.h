@@ -33,6 +33,10 @@ public:
     explicit RenderWidget(QWidget* parent = nullptr);
     ~RenderWidget() override;
 
+    // Runs GL work from outside the frame (a slot, an event handler) with
+    // the viewport's context current.
+    void withContext(const std::function<void()>& work);
+
     // Renders the scene off-screen at width x height and returns the image.
     // Makes the context current.
     QImage renderToImage(int width, int height, bool transparent);

@@ -9,11 +9,11 @@
 // name they share.
 struct Shell
 {
-    QString tag;        // element name in shots and in the shell file
-    QString userString; // catalogue key
-    QString name;       // translated userString; the tag when there is none
-    QString kind;       // ARMOR_PIERCING, ARMOR_PIERCING_CR, ... as the file has it
-    float calibre = 0;  // mm
+    QString tag;                // element name in shots and in the shell file
+    QString userString;         // catalogue key
+    QString name;               // translated userString; the tag when there is none
+    QString kind;               // ARMOR_PIERCING, ARMOR_PIERCING_CR, ... as the file has it
+    float calibre = 0;          // mm
     float piercingPower100 = 0; // mm at 100 m
     float piercingPower500 = 0; // mm at 500 m
     float speed = 0;

@@ -17,9 +17,9 @@
 #include "Preferences.h"
 #include "RenderWidget.h"
 #include "ScreenShotUI.h"
-#include "ShellChoice.h"
 #include "Screenshots.h"
 #include "Settings.h"
+#include "ShellChoice.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
 #include "TankLoader.h"
@@ -27,6 +27,7 @@
 #include "UpdateCheck.h"
 #include "VehicleScene.h"
 #include "VisualEditWidget.h"
+#include "WeakSpotDisplay.h"
 
 #include <QClipboard>
 #include <QColorDialog>
@@ -135,6 +136,7 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
                                    ui.shellCombo, ui.shellSizeBox, ui.shellNormalBox},
                                   this);
     connect(shellChoice, &ShellChoice::changed, this, &MainWindow::emitShellParamaters);
+    weakSpots = new WeakSpotDisplay(renderWidget, ui.weakSpotsCheckbox, ui.weakSpotsProgress, this);
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);

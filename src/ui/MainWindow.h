@@ -14,6 +14,7 @@ class QSqlQuery;
 class QStandardItemModel;
 class RenderWidget;
 class ShellChoice;
+class WeakSpotDisplay;
 class TankLoader;
 class UpdateCheck;
 class VisualEditWidget;
@@ -59,6 +60,8 @@ public:
     VisualEditWidget* visualEditor = nullptr;
     // The armour inspector's "Shell:" box and its distance.
     ShellChoice* shellChoice = nullptr;
+    // The "Weak spots" switch and the map it shows.
+    WeakSpotDisplay* weakSpots = nullptr;
 
 signals:
     void reloadSceneItems();

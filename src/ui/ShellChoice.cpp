@@ -17,8 +17,7 @@ QString tooltipOf(const Shell& shell)
 
 } // namespace
 
-ShellChoice::ShellChoice(const Controls& controls, QObject* parent)
-    : QObject(parent), ui(controls)
+ShellChoice::ShellChoice(const Controls& controls, QObject* parent) : QObject(parent), ui(controls)
 {
     setShells({});
     connect(ui.shellBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,

@@ -82,8 +82,9 @@ TEST(ArmorCommandTest, TheGunsOwnShellPenetratesByDistance)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.shell.join(' ').toStdString());
         const QString x = QLatin1String(c.x);
-        const QJsonArray plates = shoot(
-            "Proving Ground", QStringList{"--from", x + ",1.38,10", "--to", x + ",1.38,-10"} + c.shell);
+        const QJsonArray plates =
+            shoot("Proving Ground",
+                  QStringList{"--from", x + ",1.38,10", "--to", x + ",1.38,-10"} + c.shell);
         ASSERT_FALSE(plates.isEmpty());
         const QJsonObject first = plates[0].toObject();
         EXPECT_NEAR(first["penetrationBefore"].toDouble(), c.before, 1e-3);
@@ -91,8 +92,8 @@ TEST(ArmorCommandTest, TheGunsOwnShellPenetratesByDistance)
         EXPECT_NEAR(first["chance"].toDouble(), c.chance, 1e-4);
         EXPECT_EQ(first["verdict"].toString(), c.verdict);
     }
-    const ToolResult unknown = runTool({"armor", sampleGame, "Proving Ground", "--from", "1,1.38,10",
-                                        "--to", "1,1.38,-10", "--shell", "75 mm AP"});
+    const ToolResult unknown = runTool({"armor", sampleGame, "Proving Ground", "--from",
+                                        "1,1.38,10", "--to", "1,1.38,-10", "--shell", "75 mm AP"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_TRUE(unknown.err.contains("The fitted gun has no shell named: 75 mm AP"));
 }

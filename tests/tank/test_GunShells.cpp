@@ -34,9 +34,9 @@ QString shot(const QString& tag, const QString& power, const QString& maxDistanc
 TEST(GunShellsTest, ShotsAndShellFileJoinByNameWithPaddedAndMalformedNumbers)
 {
     LogCapture log;
-    const QDomDocument shots = document(
-        "<shots>" + shot("_88mm_AP", "\t140 120 ") + shot("_88mm_HEAT", "180 180", "") +
-        shot("_88mm_HE", "44") + shot("_unknown", "1e 2") + "</shots>");
+    const QDomDocument shots =
+        document("<shots>" + shot("_88mm_AP", "\t140 120 ") + shot("_88mm_HEAT", "180 180", "") +
+                 shot("_88mm_HE", "44") + shot("_unknown", "1e 2") + "</shots>");
     QVector<Shell> shells = readShots(shots.documentElement(), "Gun");
     describeShells(shells, document(shellFile).documentElement());
     ASSERT_EQ(shells.size(), 4);
@@ -69,10 +69,11 @@ TEST(GunShellsTest, ShotsAndShellFileJoinByNameWithPaddedAndMalformedNumbers)
     }
     // A missing maxDistance reads as 0 quietly; each malformed field logs once.
     EXPECT_FLOAT_EQ(shells[1].maxDistance, 0);
-    EXPECT_EQ(log.lines,
-              (QStringList{"[Warning] Malformed number in Gun/_88mm_HE/piercingPower, read as 0: 44",
-                           "[Warning] Malformed number in Gun/_unknown/piercingPower, read as 0: 1e 2",
-                           "[Warning] Malformed number in shells/_88mm_HE/caliber, read as 0: 8x8"}));
+    EXPECT_EQ(
+        log.lines,
+        (QStringList{"[Warning] Malformed number in Gun/_88mm_HE/piercingPower, read as 0: 44",
+                     "[Warning] Malformed number in Gun/_unknown/piercingPower, read as 0: 1e 2",
+                     "[Warning] Malformed number in shells/_88mm_HE/caliber, read as 0: 8x8"}));
     EXPECT_EQ(shells[3].name, "_unknown"); // not in the shell file: its tag
 }
 
@@ -93,14 +94,15 @@ TEST(GunShellsTest, PenetrationFollowsTheDistance)
 
 TEST(GunShellsTest, AVehiclesOwnShotsStandForTheGunFilesOnes)
 {
-    const QString gun = "<G1>shared<models/></G1><G2>shared<shots>%1</shots></G2><G3><models/></G3>";
-    const QDomDocument vehicle = document(
-        "<v.xml><turrets0><T><userString>n:T</userString><guns>" +
-        gun.arg(shot("_88mm_HE", "44 44")) + "</guns></T></turrets0></v.xml>");
-    const QDomDocument guns = document("<guns.xml><shared><G1><shots>" + shot("_88mm_AP", "140 120") +
-                                       shot("_88mm_HEAT", "180 180") +
-                                       "</shots></G1><G2><shots>" + shot("_88mm_AP", "140 120") +
-                                       "</shots></G2></shared></guns.xml>");
+    const QString gun =
+        "<G1>shared<models/></G1><G2>shared<shots>%1</shots></G2><G3><models/></G3>";
+    const QDomDocument vehicle =
+        document("<v.xml><turrets0><T><userString>n:T</userString><guns>" +
+                 gun.arg(shot("_88mm_HE", "44 44")) + "</guns></T></turrets0></v.xml>");
+    const QDomDocument guns =
+        document("<guns.xml><shared><G1><shots>" + shot("_88mm_AP", "140 120") +
+                 shot("_88mm_HEAT", "180 180") + "</shots></G1><G2><shots>" +
+                 shot("_88mm_AP", "140 120") + "</shots></G2></shared></guns.xml>");
     const VehicleFile file = readVehicleFile(vehicle, true, guns, document(shellFile));
     ASSERT_EQ(file.turrets.size(), 1);
     QStringList listed;

@@ -99,8 +99,8 @@ TEST(TankCommand, EveryGunListsItsShellsByTranslatedName)
                                    QString::number(shell["caliber"].toDouble()),
                                    numbers(shell["piercingPower"]).join('/'),
                                    QString::number(
-                                       shell["piercingPowerLossFactorByDistance"].toDouble(),
-                                       'g', 3));
+                                       shell["piercingPowerLossFactorByDistance"].toDouble(), 'g',
+                                       3));
             }
             listed << gun.toObject()["name"].toString() + ": " + shells.join("; ");
         }

@@ -56,46 +56,38 @@ bool readPoint(const ToolArguments& arguments, const char* name, Vector3* point)
 // The fitted gun's shell asked for by --shell (element or translated name):
 // its type, calibre and normalisation, and its penetration at --distance,
 // each unless given on its own.
-bool applyGunShell(const ToolArguments& arguments, const TurretGunChooser& chooser, Shot* shot)
+bool applyGunShell(const ToolArguments& arguments, const TurretGunChooser& chooser,
+                   ShellParamaters* shell)
 {
     const QString key = arguments.option(QStringLiteral("shell"));
     if (key.isEmpty())
         return true;
     const Turret* turret = chooser.currentTurret();
     const Gun* gun = turret ? turret->gun(chooser.currentGunName) : chooser.currentGun();
-    const Shell* shell = nullptr;
+    const Shell* found = nullptr;
     for (const Shell& candidate : gun ? gun->shells : QVector<Shell>())
         if (candidate.tag == key || candidate.name == key)
-            shell = &candidate;
-    if (!shell)
+            found = &candidate;
+    if (!found)
         return fail(QStringLiteral("The fitted gun has no shell named: ") + key);
     float distance = 100;
     if (!readNumberOption(arguments, "distance", "metres", &distance))
         return false;
     if (!arguments.hasOption(QStringLiteral("type")))
-        shot->shell.type = shell->shellType();
+        shell->type = found->shellType();
     if (!arguments.hasOption(QStringLiteral("calibre")))
-        shot->shell.calibre = shell->calibre;
+        shell->calibre = found->calibre;
     if (!arguments.hasOption(QStringLiteral("norm")))
-        shot->shell.normalization = shell->normalization();
+        shell->normalization = found->normalization();
     if (!arguments.hasOption(QStringLiteral("pen")))
-        shot->shell.penetration = shell->penetrationAt(distance);
-    shot->shell.lossPerDecimetre = shell->lossFactorByDistance;
+        shell->penetration = found->penetrationAt(distance);
+    shell->lossPerDecimetre = found->lossFactorByDistance;
     return true;
 }
 
 bool readShot(const ToolArguments& arguments, Shot* shot)
 {
-    if (arguments.hasOption(QStringLiteral("type"))) {
-        shot->shell.type = int(shellTypes.indexOf(arguments.option(QStringLiteral("type"))));
-        if (shot->shell.type < 0)
-            return fail(QStringLiteral("--type is AP, APCR, HE or HEAT, not: ") +
-                        arguments.option(QStringLiteral("type")));
-    }
     return readPoint(arguments, "from", &shot->from) && readPoint(arguments, "to", &shot->to) &&
-           readNumberOption(arguments, "calibre", "a number", &shot->shell.calibre) &&
-           readNumberOption(arguments, "norm", "a number", &shot->shell.normalization) &&
-           readNumberOption(arguments, "pen", "millimetres", &shot->shell.penetration) &&
            readNumberOption(arguments, "yaw", "a number", &shot->yaw) &&
            readNumberOption(arguments, "turret-yaw", "a number", &shot->turretYaw) &&
            readNumberOption(arguments, "gun-pitch", "a number", &shot->gunPitch);
@@ -225,7 +217,7 @@ int armorCommand(const ToolArguments& arguments)
         return 2;
     }
     Shot request;
-    if (shot && !readShot(arguments, &request))
+    if (shot && !(readShot(arguments, &request) && readShellOptions(arguments, &request.shell)))
         return 1;
     Physics physics;
     OffscreenVehicle vehicle;
@@ -239,7 +231,7 @@ int armorCommand(const ToolArguments& arguments)
         print(armorTable(*CollisionArmor::instance()).toUtf8());
         return 0;
     }
-    if (shot && !applyGunShell(arguments, *loader.chooser, &request))
+    if (shot && !applyGunShell(arguments, *loader.chooser, &request.shell))
         return 1;
     loader.setTankRotation(request.yaw);
     loader.setTurretRotation(request.turretYaw);
@@ -251,4 +243,23 @@ int armorCommand(const ToolArguments& arguments)
               ? resultsJson(physics.results)
               : ArmorReport::plainText(physics.results).toUtf8());
     return 0;
+}
+
+bool readShellOptions(const ToolArguments& arguments, ShellParamaters* shell)
+{
+    if (arguments.hasOption(QStringLiteral("type"))) {
+        shell->type = int(shellTypes.indexOf(arguments.option(QStringLiteral("type"))));
+        if (shell->type < 0)
+            return fail(QStringLiteral("--type is AP, APCR, HE or HEAT, not: ") +
+                        arguments.option(QStringLiteral("type")));
+    }
+    return readNumberOption(arguments, "calibre", "a number", &shell->calibre) &&
+           readNumberOption(arguments, "norm", "a number", &shell->normalization) &&
+           readNumberOption(arguments, "pen", "millimetres", &shell->penetration);
+}
+
+bool chooseGunShell(const ToolArguments& arguments, const TurretGunChooser& chooser,
+                    ShellParamaters* shell)
+{
+    return applyGunShell(arguments, chooser, shell);
 }
