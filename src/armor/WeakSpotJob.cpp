@@ -32,7 +32,6 @@ void WeakSpotJob::start(const btCollisionWorld& world, const ShellParamaters& sh
     cancel();
     const int ticket = generation;
     stop = std::make_shared<std::atomic<bool>>(false);
-    done = false;
     std::shared_ptr<RayWorldSnapshot> snapshot = RayWorldSnapshot::capture(world);
     QPointer<WeakSpotJob> self(this);
     const std::shared_ptr<std::atomic<bool>> stopFlag = stop;
@@ -60,9 +59,6 @@ void WeakSpotJob::start(const btCollisionWorld& world, const ShellParamaters& sh
             return;
         const QImage map = WeakSpotMap::image(pixels, view.size);
         const WeakSpotShares shares = WeakSpotMap::shares(pixels);
-        deliver([map, shares](WeakSpotJob& job) {
-            job.done = true;
-            emit job.finished(map, shares);
-        });
+        deliver([map, shares](WeakSpotJob& job) { emit job.finished(map, shares); });
     });
 }

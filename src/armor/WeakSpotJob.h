@@ -26,7 +26,6 @@ public:
     void start(const btCollisionWorld& world, const ShellParamaters& shell,
                const WeakSpotView& view, int threads);
     void cancel();
-    bool running() const { return worker.joinable() && !done; }
 
 signals:
     // Rows of the map done so far, of rows.
@@ -39,6 +38,5 @@ private:
 
     std::thread worker;
     std::shared_ptr<std::atomic<bool>> stop;
-    std::atomic<bool> done{true};
     int generation = 0;
 };
