@@ -43,6 +43,22 @@
             <source>cm</source>
             <translation>см</translation>
         </message>
+        <message>
+            <source>Penetration: </source>
+            <translation>Пробитие: </translation>
+        </message>
+        <message>
+            <source>Penetrated</source>
+            <translation>Пробито</translation>
+        </message>
+        <message>
+            <source>Not penetrated</source>
+            <translation>Не пробито</translation>
+        </message>
+        <message>
+            <source>Chance to penetrate: </source>
+            <translation>Вероятность пробития: </translation>
+        </message>
     </context>
     <context>
         <name>CommonMessages</name>
@@ -105,6 +121,26 @@ Please check that your Gavrel path is correct.</source>
     </context>
     <context>
         <name>MainWindow</name>
+        <message>
+            <source>Weak spots</source>
+            <translation>Уязвимые места</translation>
+        </message>
+        <message>
+            <source>Shell:</source>
+            <translation>Снаряд:</translation>
+        </message>
+        <message>
+            <source>Penetration (mm):</source>
+            <translation>Пробитие (мм):</translation>
+        </message>
+        <message>
+            <source>None</source>
+            <translation>Нет</translation>
+        </message>
+        <message>
+            <source>Distance (m):</source>
+            <translation>Дистанция (м):</translation>
+        </message>
         <message>
             <source>&amp;File</source>
             <translation>&amp;Файл</translation>
@@ -1705,6 +1741,24 @@ Please check that you have sufficient write access to: </source>
         <message>
             <source>Failed to write file: </source>
             <translation>Не удалось записать файл: </translation>
+        </message>
+    </context>
+    <context>
+        <name>ShellChoice</name>
+        <message>
+            <source>Custom</source>
+            <translation>Свой</translation>
+        </message>
+        <message>
+            <source>%1, %2 mm; penetration %3 mm at 100 m, %4 mm at 500 m</source>
+            <translation>%1, %2 мм; пробитие %3 мм на 100 м, %4 мм на 500 м</translation>
+        </message>
+    </context>
+    <context>
+        <name>WeakSpotDisplay</name>
+        <message>
+            <source>Chance to penetrate</source>
+            <translation>Вероятность пробития</translation>
         </message>
     </context>
 </TS>

@@ -175,5 +175,6 @@ void FrameRenderer::drawOverlay()
     const Garage* garage = garageInUse();
     facts.sceneTriangles = garageShown && garage ? garage->triangleCount() : 0;
     facts.font = font;
+    scene.imageLayer.draw(viewWidth, viewHeight);
     scene.overlay.render(facts, viewWidth, viewHeight);
 }

@@ -193,8 +193,13 @@ bool TankLoader::readVehicle(const QString& tankName)
     if (!gunDevice)
         return failLoad(tankName, QStringLiteral("no gun file ") + gunFile);
     gunDocument = readDocument(gunDevice.get(), QStringLiteral("shared"), nullptr);
+    // Without a shell file the guns' shells are listed by their tags alone.
+    QDomDocument shellDocument;
+    std::unique_ptr<QIODevice> shellDevice(files->getFile(shellFilePath(vehicleFilePath)));
+    if (shellDevice && (shellDevice->isOpen() || shellDevice->open(QIODevice::ReadOnly)))
+        shellDocument = readDocument(shellDevice.get(), QStringLiteral("shells"), nullptr);
 
-    vehicle = readVehicleFile(vehicleDocument, plainText, gunDocument);
+    vehicle = readVehicleFile(vehicleDocument, plainText, gunDocument, shellDocument);
     startIndex = vehicle.startIndex;
     sharedGun = vehicle.lastGunShared;
     const QString problem = vehicle.assemblyProblem();

@@ -19,6 +19,7 @@
 #include "ScreenShotUI.h"
 #include "Screenshots.h"
 #include "Settings.h"
+#include "ShellChoice.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
 #include "TankLoader.h"
@@ -26,6 +27,7 @@
 #include "UpdateCheck.h"
 #include "VehicleScene.h"
 #include "VisualEditWidget.h"
+#include "WeakSpotDisplay.h"
 
 #include <QClipboard>
 #include <QColorDialog>
@@ -130,6 +132,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
         connectTankLoader(*loader);
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
     connectArmorCollisionState();
+    shellChoice = new ShellChoice({ui.shellChoiceBox, ui.shellDistanceBox, ui.shellPenetrationBox,
+                                   ui.shellCombo, ui.shellSizeBox, ui.shellNormalBox},
+                                  this);
+    connect(shellChoice, &ShellChoice::changed, this, &MainWindow::emitShellParamaters);
+    weakSpots = new WeakSpotDisplay(renderWidget, ui.weakSpotsCheckbox, ui.weakSpotsProgress, this);
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);
@@ -807,6 +814,16 @@ void MainWindow::tankOptionsChanged()
         ui.turretComboBox->addItem(turret.name);
     if (!turrets.isEmpty())
         turretListChanged(turrets.first().name);
+    refillShellChoice();
+}
+
+void MainWindow::refillShellChoice()
+{
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    const Turret* turret = chooser ? chooser->currentTurret() : nullptr;
+    const Gun* gun = turret ? turret->gun(chooser->currentGunName) : nullptr;
+    if (shellChoice)
+        shellChoice->setShells(gun ? gun->shells : QVector<Shell>());
 }
 
 void MainWindow::turretListChanged(QString name)
@@ -829,6 +846,7 @@ void MainWindow::changeTurret(QString name)
     TankLoader* loader = TankLoader::instance();
     if (loader && loader->loaded && !name.isEmpty())
         renderWidget->withContext([&] { loader->changeTurret(name); });
+    refillShellChoice();
 }
 
 void MainWindow::changeGun(QString name)
@@ -840,6 +858,7 @@ void MainWindow::changeGun(QString name)
     const QString turret = ui.turretComboBox->currentText();
     if (!turret.isEmpty() && !name.isEmpty())
         renderWidget->withContext([&] { loader->loadTurretGun(turret, name); });
+    refillShellChoice();
 }
 
 // ---------------------------------------------------------------- rotation
@@ -1017,6 +1036,8 @@ void MainWindow::emitShellParamaters()
     shell.calibre = float(ui.shellSizeBox->value());
     shell.normalization = float(ui.shellNormalBox->value());
     shell.type = ui.shellCombo->currentIndex();
+    if (shellChoice)
+        shellChoice->complete(shell);
     emit shellParamatersChanged(shell);
 }
 

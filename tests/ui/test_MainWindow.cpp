@@ -182,6 +182,8 @@ TEST_F(WindowTest, RussianLocaleTranslatesMenusPreferencesAndTheVisualEditor)
             for (const auto& [menu, title] : menus)
                 EXPECT_EQ(menu->title(), QString::fromUtf8(title));
             EXPECT_EQ(window.ui.TanksDock->windowTitle(), QStringLiteral("Танки"));
+            EXPECT_EQ(window.ui.shellDistanceLabel->text(), QStringLiteral("Дистанция (м):"));
+            EXPECT_EQ(window.ui.shellChoiceBox->itemText(0), QStringLiteral("Свой"));
             EXPECT_EQ(window.ui.pushButton->text(), QStringLiteral("Загрузить"));
             // The camouflage exports' texts come from a library without a window.
             window.ui.pushButton_10->click();

@@ -413,3 +413,27 @@ int renderCommand(const ToolArguments& arguments)
         return 1;
     return 0;
 }
+
+bool readImageOut(const QString& text, const QString& gameDirectory, QString* path,
+                  QByteArray* format)
+{
+    RenderRequest request;
+    if (!readOutFile(text, gameDirectory, &request))
+        return false;
+    *path = request.out;
+    *format = request.format;
+    return true;
+}
+
+bool readImageSize(const QString& text, QSize* size)
+{
+    return readSize(text, size);
+}
+
+bool writeImageOut(const QImage& image, const QString& path, const QByteArray& format)
+{
+    RenderRequest request;
+    request.out = path;
+    request.format = format;
+    return writeImage(image, request);
+}

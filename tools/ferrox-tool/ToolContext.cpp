@@ -75,6 +75,9 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("draw"),
     QStringLiteral("ray"),
     QStringLiteral("camo-colours"),
+    QStringLiteral("shell"),
+    QStringLiteral("pen"),
+    QStringLiteral("distance"),
     // clang-format on
 };
 

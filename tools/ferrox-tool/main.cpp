@@ -11,6 +11,7 @@
 #include "SettingsCommands.h"
 #include "TankCommand.h"
 #include "ToolContext.h"
+#include "WeakSpotsCommand.h"
 #include "XmlCommands.h"
 
 #include <QCoreApplication>
@@ -97,22 +98,34 @@ const Command commands[] = {
      extractCommand},
     {"armor",
      "armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z [--calibre MM] [--type AP|APCR|HE|HEAT]\n"
-     "      [--norm DEG] [--turret NAME] [--gun NAME] [--yaw DEG] [--turret-yaw DEG]\n"
-     "      [--gun-pitch DEG] [--json]\n"
+     "      [--norm DEG] [--shell NAME] [--pen MM] [--distance M] [--turret NAME]\n"
+     "      [--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG] [--json]\n"
      "                                one shell through the vehicle's collision models, in\n"
      "                                the program's mirrored space, reported plate by plate\n"
-     "                                (default 88 mm AP, 2 degrees; needs OpenGL)\n"
+     "                                (default 88 mm AP, 2 degrees; needs OpenGL); --shell\n"
+     "                                fires one of the fitted gun's shells at --distance\n"
+     "                                (default 100 m), --pen gives a penetration in mm\n"
      "armor GAME_DIR NAME --table     the armour tables: part, material, thickness, spaced,\n"
      "                                colour",
      armorCommand},
+    {"weakspots",
+     "weakspots GAME_DIR NAME (--shell NAME | --pen MM [--calibre MM] [--type T])\n"
+     "      [--distance M] --out FILE [--size WxH] [--camera FILE] [--yaw DEG]\n"
+     "      [--turret-yaw DEG] [--gun-pitch DEG] [--json]\n"
+     "                                the chance to penetrate along each pixel's view ray\n"
+     "                                as a picture (red 0, yellow, green 1; default\n"
+     "                                1024x768, the viewport's start camera); --json: the\n"
+     "                                silhouette's share at each verdict (needs OpenGL)",
+     weakSpotsCommand},
 };
 
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    static const QStringList names = {
-        QStringLiteral("tank"), QStringLiteral("render"), QStringLiteral("bake"),   QStringLiteral("obj"),
-        QStringLiteral("uv"),   QStringLiteral("extract"), QStringLiteral("armor")};
+    static const QStringList names = {QStringLiteral("tank"),  QStringLiteral("render"),
+                                      QStringLiteral("bake"),  QStringLiteral("obj"),
+                                      QStringLiteral("uv"),    QStringLiteral("extract"),
+                                      QStringLiteral("armor"), QStringLiteral("weakspots")};
     return names.contains(name);
 }
 

@@ -5,6 +5,7 @@ plain text) is fixed per nation."""
 import hashlib
 from dataclasses import dataclass
 
+from . import shells
 from .archives import CODENAMES, DEFLATED, STORED, Member
 from .models import xml_file
 from .packed_xml import Element, Floats, encode
@@ -333,6 +334,9 @@ def vehicle_tree(nation, vehicle, mod=False):
             entry["camouflage"] = camouflage("Gun")
         elif tag in OWN_MASKS:
             entry["camouflage"] = camouflage(OWN_MASKS[tag])
+        own_shots = shells.vehicle_shots(tag, tier, is_shared_gun(tag), vehicle.plain_file)
+        if own_shots:
+            entry["shots"] = own_shots
         if is_shared_gun(tag):  # takes name and limits from components/guns.xml
             return Element("shared", entry)
         entry["pitchLimits"] = "-25 12"
@@ -378,6 +382,12 @@ def vehicle_tree(nation, vehicle, mod=False):
     return tree
 
 
+def nation_guns(nation):
+    """(gun tag, tier) of every gun of the nation's vehicles."""
+    return [(tag, v.tier or 1) for v in nation.vehicles
+            for _, _, guns in vehicle_turrets(v) for tag, _ in guns]
+
+
 def guns_tree(nation):
     """components/guns.xml: shared/<gun tag> with name and limits."""
     shared = {}
@@ -388,6 +398,9 @@ def guns_tree(nation):
                      "pitchLimits": "-20 8" if v.category != ARTY else "-45 0"}
             if v.category in (TD, ARTY):
                 entry["turretYawLimits"] = "-12 12"
+            shots = shells.shared_shots(tag, v.tier or 1)
+            if shots:
+                entry["shots"] = shots
             shared[tag] = entry
     return {"shared": shared}
 
@@ -490,6 +503,10 @@ def nation_files(nation):
          xml_file("list.xml", vehicle_list_tree(nation), nation.list_plain), nation.list_place),
         (f"{nation.res_path}/components/guns.xml",
          encode(guns_tree(nation)), nation.defs_archive),
+        (f"{nation.res_path}/components/shells.xml",
+         xml_file("shells.xml", shells.shells_tree(nation.catalogue, nation_guns(nation),
+                                                   nation.list_plain), nation.list_plain),
+         nation.defs_archive),
     ]
     if has_camouflage(nation):
         files.append((f"{nation.res_path}/customization.xml", customization_file(nation), LOOSE))
