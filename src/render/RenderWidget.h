@@ -33,6 +33,15 @@ public:
     explicit RenderWidget(QWidget* parent = nullptr);
     ~RenderWidget() override;
 
+    // Runs GL work that starts outside a frame (a slot, an event handler, a
+    // dialog) with the viewport's context current, and returns its answer.
+    template <typename Work>
+    decltype(auto) withContext(Work&& work)
+    {
+        makeCurrent();
+        return work();
+    }
+
     // Renders the scene off-screen at width x height and returns the image.
     // Makes the context current.
     QImage renderToImage(int width, int height, bool transparent);
