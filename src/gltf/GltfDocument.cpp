@@ -53,12 +53,6 @@ GltfDocument::GltfDocument()
 {
     model.asset.version = "2.0";
     model.asset.generator = "Ferrox";
-    tinygltf::Sampler sampler;
-    sampler.magFilter = TINYGLTF_TEXTURE_FILTER_LINEAR;
-    sampler.minFilter = TINYGLTF_TEXTURE_FILTER_LINEAR_MIPMAP_LINEAR;
-    sampler.wrapS = TINYGLTF_TEXTURE_WRAP_REPEAT;
-    sampler.wrapT = TINYGLTF_TEXTURE_WRAP_REPEAT;
-    model.samplers.push_back(sampler);
 }
 
 int GltfDocument::addView(const QByteArray& bytes, int target)
@@ -125,6 +119,14 @@ int GltfDocument::addPngTexture(const QByteArray& png, const QString& name)
     image.name = name.toStdString();
     image.mimeType = "image/png";
     model.images.push_back(image);
+    if (model.samplers.empty()) {
+        tinygltf::Sampler sampler;
+        sampler.magFilter = TINYGLTF_TEXTURE_FILTER_LINEAR;
+        sampler.minFilter = TINYGLTF_TEXTURE_FILTER_LINEAR_MIPMAP_LINEAR;
+        sampler.wrapS = TINYGLTF_TEXTURE_WRAP_REPEAT;
+        sampler.wrapT = TINYGLTF_TEXTURE_WRAP_REPEAT;
+        model.samplers.push_back(sampler);
+    }
     tinygltf::Texture texture;
     texture.sampler = 0;
     texture.source = int(model.images.size()) - 1;
@@ -152,9 +154,12 @@ QByteArray GltfDocument::serialised(bool binary, const QString& folderName) cons
             image.mimeType.clear();
         }
     }
-    tinygltf::Buffer buffer;
-    buffer.data.assign(bytes.begin(), bytes.end());
-    out.buffers.push_back(std::move(buffer));
+    // Everything hidden leaves nodes alone, and glTF has no empty buffer.
+    if (!bytes.isEmpty()) {
+        tinygltf::Buffer buffer;
+        buffer.data.assign(bytes.begin(), bytes.end());
+        out.buffers.push_back(std::move(buffer));
+    }
     tinygltf::TinyGLTF writer;
     writer.SetImageWriter(keepImageUri, nullptr);
     std::ostringstream stream;

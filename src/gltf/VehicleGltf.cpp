@@ -118,6 +118,21 @@ std::vector<double> quaternion(const Matrix& m)
     return {x / length, y / length, z / length, w / length};
 }
 
+// A placement of translation and scale as TRS; any other as a matrix.
+void setPlacement(tinygltf::Node& node, const Matrix& m)
+{
+    const bool diagonal = m[1] == 0 && m[2] == 0 && m[4] == 0 && m[6] == 0 && m[8] == 0 &&
+                          m[9] == 0 && m[3] == 0 && m[7] == 0 && m[11] == 0 && m[15] == 1;
+    if (!diagonal) {
+        node.matrix.assign(m.begin(), m.end());
+        return;
+    }
+    if (m[12] != 0 || m[13] != 0 || m[14] != 0)
+        node.translation = {m[12], m[13], m[14]};
+    if (m[0] != 1 || m[5] != 1 || m[10] != 1)
+        node.scale = {m[0], m[5], m[10]};
+}
+
 quint32 indexAt(const MeshGeometry& geometry, qint64 position)
 {
     return geometry.indices32.isEmpty() ? geometry.indices16.value(position)
@@ -149,8 +164,9 @@ private:
     void addArmorPlates(const CollisionMesh& mesh, const PartFrame& frame);
     // The triangles of one group with the vertices they use, carried into
     // the node's space; false for a group that cannot be drawn.
+    // Plates have no textures, and so no texture coordinates or tangents.
     bool addPrimitive(const RenderGeometry& geometry, int groupIndex, const Matrix& toNode,
-                      tinygltf::Primitive* primitive);
+                      bool textured, tinygltf::Primitive* primitive);
 
     TankLoader& loader;
     int state;
@@ -169,9 +185,12 @@ int SceneBuilder::addNode(const QString& name, int parent)
     return index;
 }
 
-// The nodes' origins are the pivots where the chain turns the parts. The
-// placements at rest give the pivots and what lies between a pivot and a
-// part's model; the angles shown become the nodes' rotations.
+// The nodes follow the chain a frame draws with: the hull's node carries the
+// hull's placement (scale included, so that the turns below it shear as
+// the frame's do), the turret's node sits at the turret's pivot in the
+// hull's frame, the gun's at the gun's pivot in the turret's. The
+// placements at rest give what lies between a node and its part's model;
+// the angles shown become the nodes' rotations.
 void SceneBuilder::placeNodes(PartFrame frames[TankLoader::PartCount])
 {
     const Matrix shownVehicle = loader.tankRotation;
@@ -187,43 +206,43 @@ void SceneBuilder::placeNodes(PartFrame frames[TankLoader::PartCount])
     loader.gunRotation = shownGun;
     loader.placeParts(state);
 
-    const Vector3 turretPivot = point(rest[TankLoader::HullPart], loader.turretPivot(state));
-    const Vector3 gunPivot = point(rest[TankLoader::TurretPart], loader.gunPivot(state));
-    const Vector3 gunFromTurret = {gunPivot[0] - turretPivot[0], gunPivot[1] - turretPivot[1],
-                                   gunPivot[2] - turretPivot[2]};
+    const Vector3 turretPivot = loader.turretPivot(state);
+    const Vector3 gunPivot = loader.gunPivot(state);
+    const Matrix hullWorld = rest[TankLoader::HullPart];
+    const Matrix turretWorld = matrixProduct(hullWorld, translationMatrix(turretPivot));
+    const Matrix gunWorld = matrixProduct(rest[TankLoader::TurretPart], translationMatrix(gunPivot));
+    const Vector3 gunOffset = point(matrixProduct(affineInverse(turretWorld), gunWorld), {0, 0, 0});
 
+    tinygltf::Model& model = document.model;
     const int root = addNode(loader.name, -1);
-    document.model.nodes[size_t(root)].rotation = quaternion(shownVehicle);
-    document.model.scenes.push_back(tinygltf::Scene());
-    document.model.scenes[0].nodes.push_back(root);
-    document.model.defaultScene = 0;
+    model.nodes[size_t(root)].rotation = quaternion(shownVehicle);
+    model.scenes.push_back(tinygltf::Scene());
+    model.scenes[0].nodes.push_back(root);
+    model.defaultScene = 0;
 
-    frames[TankLoader::ChassisPart] = {addNode(PartNames[0], root), rest[0]};
-    const int hull = addNode(PartNames[1], root);
-    frames[TankLoader::HullPart] = {hull, rest[1]};
-    const int turret = addNode(PartNames[2], hull);
-    tinygltf::Node& turretNode = document.model.nodes[size_t(turret)];
-    turretNode.translation = {turretPivot[0], turretPivot[1], turretPivot[2]};
-    turretNode.rotation = quaternion(shownTurret);
-    frames[TankLoader::TurretPart] = {
-        turret, matrixProduct(translationMatrix({-turretPivot[0], -turretPivot[1],
-                                                 -turretPivot[2]}),
-                              rest[2])};
-    const int gun = addNode(PartNames[3], turret);
-    tinygltf::Node& gunNode = document.model.nodes[size_t(gun)];
-    gunNode.translation = {gunFromTurret[0], gunFromTurret[1], gunFromTurret[2]};
-    gunNode.rotation = quaternion(shownGun);
-    frames[TankLoader::GunPart] = {
-        gun, matrixProduct(translationMatrix({-gunPivot[0], -gunPivot[1], -gunPivot[2]}),
-                           rest[3])};
+    const int chassis = addNode(PartNames[TankLoader::ChassisPart], root);
+    const int hull = addNode(PartNames[TankLoader::HullPart], root);
+    setPlacement(model.nodes[size_t(hull)], hullWorld);
+    const int turret = addNode(PartNames[TankLoader::TurretPart], hull);
+    model.nodes[size_t(turret)].translation = {turretPivot[0], turretPivot[1], turretPivot[2]};
+    model.nodes[size_t(turret)].rotation = quaternion(shownTurret);
+    const int gun = addNode(PartNames[TankLoader::GunPart], turret);
+    model.nodes[size_t(gun)].translation = {gunOffset[0], gunOffset[1], gunOffset[2]};
+    model.nodes[size_t(gun)].rotation = quaternion(shownGun);
+
+    const int nodes[] = {chassis, hull, turret, gun};
+    const Matrix nodeWorld[] = {identityMatrix(), hullWorld, turretWorld, gunWorld};
+    for (int part = 0; part < TankLoader::PartCount; ++part)
+        frames[part] = {nodes[part], matrixProduct(affineInverse(nodeWorld[part]), rest[part])};
     // A rotation of nothing is left out rather than written as identity.
-    for (tinygltf::Node& node : document.model.nodes)
+    for (tinygltf::Node& node : model.nodes)
         if (node.rotation == std::vector<double>{0, 0, 0, 1})
             node.rotation.clear();
 }
 
 bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
-                                const Matrix& toNode, tinygltf::Primitive* primitive)
+                                const Matrix& toNode, bool textured,
+                                tinygltf::Primitive* primitive)
 {
     const MeshGeometry* data = geometry.data;
     const PrimitiveGroup* group = geometry.indexBuffer->groups.value(groupIndex, nullptr);
@@ -236,6 +255,14 @@ bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
         low = std::min(low, indexAt(*data, i));
         high = std::max(high, indexAt(*data, i));
     }
+    // The group's own vertex range, where it holds its triangles, keeps the
+    // vertices no triangle names, as the model has them.
+    const qint64 rangeEnd = qint64(group->startVertex) + group->vertexCount;
+    if (group->startVertex >= 0 && group->vertexCount > 0 && low >= quint32(group->startVertex) &&
+        qint64(high) < rangeEnd && rangeEnd <= data->positions.size()) {
+        low = quint32(group->startVertex);
+        high = quint32(rangeEnd - 1);
+    }
     // The mirror of the node's matrix, if it has one, turns the winding.
     const bool flip = determinant(toNode) < 0;
     QVector<quint32> indices;
@@ -247,8 +274,8 @@ bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
     }
     const Matrix normalMatrix = affineInverse(toNode);
     const bool hasNormals = data->normals.size() == data->positions.size();
-    const bool hasUvs = data->uvs.size() == data->positions.size();
-    const bool hasTangents = hasNormals && data->tangents.size() == data->positions.size() &&
+    const bool hasUvs = textured && data->uvs.size() == data->positions.size();
+    const bool hasTangents = hasUvs && hasNormals && data->tangents.size() == data->positions.size() &&
                              data->binormals.size() == data->positions.size();
     QVector<float> positions, normals, uvs, tangents;
     for (quint32 v = low; v <= high; ++v) {
@@ -301,7 +328,7 @@ void SceneBuilder::addPart(int part, const PartFrame& frame)
             for (const GroupMaterials* group : geometry->groups) {
                 tinygltf::Primitive primitive;
                 const Material* material = group->materials.value(Material::Lit, nullptr);
-                if (!addPrimitive(*geometry, group->groupIndex, frame.toNode, &primitive))
+                if (!addPrimitive(*geometry, group->groupIndex, frame.toNode, true, &primitive))
                     continue;
                 // The chassis is seen from below through its tracks, as
                 // the viewport draws it.
@@ -333,7 +360,7 @@ void SceneBuilder::addArmorPlates(const CollisionMesh& mesh, const PartFrame& fr
                 const ArmorValue record = mesh.armorFor(name);
                 tinygltf::Primitive primitive;
                 if ((record.spaced && hideSpaced) ||
-                    !addPrimitive(*geometry, group->groupIndex, frame.toNode, &primitive))
+                    !addPrimitive(*geometry, group->groupIndex, frame.toNode, false, &primitive))
                     continue;
                 primitive.material = materials.forArmor(
                     name, record, name.contains(QLatin1String("surveyingDevice")),

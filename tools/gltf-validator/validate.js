@@ -1,26 +1,15 @@
-// Checks one .glb or .gltf file (and the files its URIs name, relative to
-// it) and prints the validator's messages; exit code 0 only when there is
-// no error and no warning, 1 otherwise, 2 when the file cannot be read.
+// Checks .glb and .gltf files (with the files their URIs name, relative to
+// each) and prints the validator's messages, one summary line per file:
+// "FILE errors E warnings W infos I hints H". Exit code 0 only when no file
+// has an error or a warning, 1 otherwise, 2 when a file cannot be read.
 'use strict';
 const fs = require('fs');
 const path = require('path');
 const validator = require('gltf-validator');
 
-const file = process.argv[2];
-if (!file) {
-  console.error('usage: node validate.js FILE.glb|FILE.gltf');
-  process.exit(2);
-}
-let bytes;
-try {
-  bytes = new Uint8Array(fs.readFileSync(file));
-} catch (error) {
-  console.error(error.message);
-  process.exit(2);
-}
-const folder = path.dirname(file);
-validator
-  .validateBytes(bytes, {
+async function check(file) {
+  const folder = path.dirname(file);
+  const report = await validator.validateBytes(new Uint8Array(fs.readFileSync(file)), {
     uri: path.basename(file),
     maxIssues: 100,
     externalResourceFunction: (uri) =>
@@ -28,16 +17,31 @@ validator
         fs.readFile(path.join(folder, decodeURIComponent(uri)), (error, data) =>
           error ? reject(error.toString()) : resolve(new Uint8Array(data)));
       }),
-  })
-  .then((report) => {
-    const issues = report.issues;
-    for (const message of issues.messages)
-      console.log(`${message.severity} ${message.code} ${message.pointer || ''} ${message.message}`);
-    console.log(`errors ${issues.numErrors} warnings ${issues.numWarnings} ` +
-                `infos ${issues.numInfos} hints ${issues.numHints}`);
-    process.exit(issues.numErrors === 0 && issues.numWarnings === 0 ? 0 : 1);
-  })
-  .catch((error) => {
-    console.error(error.toString());
-    process.exit(2);
   });
+  const issues = report.issues;
+  for (const message of issues.messages)
+    console.log(`${file}: ${message.severity} ${message.code} ${message.pointer || ''} ` +
+                message.message);
+  console.log(`${file} errors ${issues.numErrors} warnings ${issues.numWarnings} ` +
+              `infos ${issues.numInfos} hints ${issues.numHints}`);
+  return issues.numErrors === 0 && issues.numWarnings === 0;
+}
+
+async function main(files) {
+  if (files.length === 0) {
+    console.error('usage: node validate.js FILE.glb|FILE.gltf...');
+    return 2;
+  }
+  let clean = true;
+  for (const file of files) {
+    try {
+      clean = (await check(file)) && clean;
+    } catch (error) {
+      console.error(`${file}: ${error}`);
+      return 2;
+    }
+  }
+  return clean ? 0 : 1;
+}
+
+main(process.argv.slice(2)).then((code) => process.exit(code));
