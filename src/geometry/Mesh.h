@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Visual.h"
 #include "Maths.h"
+#include "Visual.h"
 
 #include <QString>
 #include <QVector>

@@ -46,8 +46,7 @@ float alphaCutoff(const Material& material)
     // reference.
     if (material.alphaTest && material.alphaRef > 0)
         return material.alphaRef;
-    return usesProgram(material, {LightingOnlyAlpha, NoLightingAlpha}) ? 0.5f
-                                                                        : material.alphaRef;
+    return usesProgram(material, {LightingOnlyAlpha, NoLightingAlpha}) ? 0.5f : material.alphaRef;
 }
 
 bool readsMetallicGloss(const Material& material)

@@ -28,8 +28,8 @@ bool saveWhole(const QString& path, const QByteArray& bytes, QString* error)
     QSaveFile file(path);
     if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
         return true;
-    *error = QStringLiteral("Cannot write %1: %2").arg(QDir::toNativeSeparators(path),
-                                                      file.errorString());
+    *error = QStringLiteral("Cannot write %1: %2")
+                 .arg(QDir::toNativeSeparators(path), file.errorString());
     return false;
 }
 
@@ -63,10 +63,9 @@ int GltfDocument::addView(const QByteArray& bytes, int target)
 int GltfDocument::addFloats(const QVector<float>& values, int components, bool bounds)
 {
     tinygltf::Accessor accessor;
-    accessor.bufferView =
-        addView(QByteArray(reinterpret_cast<const char*>(values.constData()),
-                           qsizetype(values.size() * sizeof(float))),
-                ArrayBuffer);
+    accessor.bufferView = addView(QByteArray(reinterpret_cast<const char*>(values.constData()),
+                                             qsizetype(values.size() * sizeof(float))),
+                                  ArrayBuffer);
     accessor.componentType = TINYGLTF_COMPONENT_TYPE_FLOAT;
     accessor.count = size_t(values.size() / components);
     accessor.type = components == 2   ? TINYGLTF_TYPE_VEC2
@@ -88,7 +87,8 @@ int GltfDocument::addFloats(const QVector<float>& values, int components, bool b
 
 int GltfDocument::addIndices(const QVector<quint32>& indices)
 {
-    const quint32 largest = indices.isEmpty() ? 0 : *std::max_element(indices.begin(), indices.end());
+    const quint32 largest =
+        indices.isEmpty() ? 0 : *std::max_element(indices.begin(), indices.end());
     tinygltf::Accessor accessor;
     QByteArray bytes;
     // 65535 is the primitive restart value that glTF forbids as an index.

@@ -1,5 +1,6 @@
 #include "GltfMaterials.h"
 
+#include "AppliedCamouflage.h"
 #include "CamoBakeJob.h"
 #include "CollisionArmor.h"
 #include "GlFunctions.h"
@@ -9,7 +10,6 @@
 #include "PbrMapping.h"
 #include "TankMesh.h"
 #include "TextureLoader.h"
-#include "AppliedCamouflage.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -105,9 +105,9 @@ int GltfMaterials::baseColourTexture(const Material& material, int partType, boo
     Vector4 tiling{1, 1, 1, 1};
     const AppliedCamouflage* applied = AppliedCamouflage::active();
     const unsigned int diffuse = material.textures.value(Material::DiffuseSlot);
-    const bool camouflaged = material.textures.contains(Material::DiffuseSlot) && !missing(diffuse) &&
-                         applied && applied->textureId &&
-                         TankMesh::camouflageFor(partType, material.name, &mask, &tiling);
+    const bool camouflaged = material.textures.contains(Material::DiffuseSlot) &&
+                             !missing(diffuse) && applied && applied->textureId &&
+                             TankMesh::camouflageFor(partType, material.name, &mask, &tiling);
     // Opaque surfaces leave their alpha behind: glTF ignores it there.
     QImage (*plain)(const QImage&, const Material&) =
         withAlpha ? +[](const QImage& image, const Material&) { return image; }
@@ -151,8 +151,8 @@ int GltfMaterials::normalTexture(const Material& material)
 {
     if (material.kind != Material::Lit || !material.textures.contains(Material::NormalSlot))
         return -1;
-    const QString role = material.dxt1NormalMap ? QStringLiteral("normal")
-                                                : QStringLiteral("normalAG");
+    const QString role =
+        material.dxt1NormalMap ? QStringLiteral("normal") : QStringLiteral("normalAG");
     return slotTexture(material, Material::NormalSlot, role,
                        [](const QImage& image, const Material& owner) {
                            return PbrMapping::normalMap(image, owner.dxt1NormalMap);
@@ -163,10 +163,9 @@ int GltfMaterials::metallicRoughnessTexture(const Material& material)
 {
     if (!PbrMapping::readsMetallicGloss(material))
         return -1;
-    return slotTexture(material, Material::GlossSlot, QStringLiteral("metallicRoughness"),
-                       [](const QImage& image, const Material&) {
-                           return PbrMapping::metallicRoughness(image);
-                       });
+    return slotTexture(
+        material, Material::GlossSlot, QStringLiteral("metallicRoughness"),
+        [](const QImage& image, const Material&) { return PbrMapping::metallicRoughness(image); });
 }
 
 int GltfMaterials::forGroup(const Material& material, int partType, bool doubleSided,
@@ -211,9 +210,9 @@ int GltfMaterials::forArmor(const QString& name, const ArmorValue& armor, bool s
     out.doubleSided = doubleSided;
     // The thickness colours are the display's sRGB values, as glTF's base
     // colour factor is linear.
-    out.pbrMetallicRoughness.baseColorFactor = {
-        PbrMapping::linearFromSrgb(colour[0]), PbrMapping::linearFromSrgb(colour[1]),
-        PbrMapping::linearFromSrgb(colour[2]), 1.0};
+    out.pbrMetallicRoughness.baseColorFactor = {PbrMapping::linearFromSrgb(colour[0]),
+                                                PbrMapping::linearFromSrgb(colour[1]),
+                                                PbrMapping::linearFromSrgb(colour[2]), 1.0};
     out.pbrMetallicRoughness.metallicFactor = 0;
     out.pbrMetallicRoughness.roughnessFactor = PbrMapping::NonMetalRoughness;
     out.extras = tinygltf::Value(armorExtras(name, armor));

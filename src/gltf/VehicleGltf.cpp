@@ -210,7 +210,8 @@ void SceneBuilder::placeNodes(PartFrame frames[TankLoader::PartCount])
     const Vector3 gunPivot = loader.gunPivot(state);
     const Matrix hullWorld = rest[TankLoader::HullPart];
     const Matrix turretWorld = matrixProduct(hullWorld, translationMatrix(turretPivot));
-    const Matrix gunWorld = matrixProduct(rest[TankLoader::TurretPart], translationMatrix(gunPivot));
+    const Matrix gunWorld =
+        matrixProduct(rest[TankLoader::TurretPart], translationMatrix(gunPivot));
     const Vector3 gunOffset = point(matrixProduct(affineInverse(turretWorld), gunWorld), {0, 0, 0});
 
     tinygltf::Model& model = document.model;
@@ -241,8 +242,7 @@ void SceneBuilder::placeNodes(PartFrame frames[TankLoader::PartCount])
 }
 
 bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
-                                const Matrix& toNode, bool textured,
-                                tinygltf::Primitive* primitive)
+                                const Matrix& toNode, bool textured, tinygltf::Primitive* primitive)
 {
     const MeshGeometry* data = geometry.data;
     const PrimitiveGroup* group = geometry.indexBuffer->groups.value(groupIndex, nullptr);
@@ -275,7 +275,8 @@ bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
     const Matrix normalMatrix = affineInverse(toNode);
     const bool hasNormals = data->normals.size() == data->positions.size();
     const bool hasUvs = textured && data->uvs.size() == data->positions.size();
-    const bool hasTangents = hasUvs && hasNormals && data->tangents.size() == data->positions.size() &&
+    const bool hasTangents = hasUvs && hasNormals &&
+                             data->tangents.size() == data->positions.size() &&
                              data->binormals.size() == data->positions.size();
     QVector<float> positions, normals, uvs, tangents;
     for (quint32 v = low; v <= high; ++v) {
@@ -283,13 +284,14 @@ bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
         positions << p[0] << p[1] << p[2];
         if (hasNormals) {
             // The inverse transpose keeps normals upright under scaling.
-            const Vector3 m = unitOr(transposedProduct(normalMatrix, data->normals[int(v)]),
-                                     {0, 1, 0});
+            const Vector3 m =
+                unitOr(transposedProduct(normalMatrix, data->normals[int(v)]), {0, 1, 0});
             normals << m[0] << m[1] << m[2];
             if (hasTangents) {
                 // glTF rebuilds the binormal as cross(normal, tangent) x w;
                 // w says which way the model's own binormal points.
-                const Vector3 t = unitOr(direction(toNode, data->tangents[int(v)]), perpendicular(m));
+                const Vector3 t =
+                    unitOr(direction(toNode, data->tangents[int(v)]), perpendicular(m));
                 const Vector3 b = direction(toNode, data->binormals[int(v)]);
                 tangents << t[0] << t[1] << t[2] << (dot(cross(m, t), b) < 0 ? -1.0f : 1.0f);
             }

@@ -597,7 +597,8 @@ void MainWindow::exportGltf()
         renderWidget->withContext([&] { return exportVehicleGltf(*loader, path, &error); });
     if (!written) {
         Log::log(QStringLiteral("glTF export failed: ") + error, Log::Warning);
-        warningBox(this, title, tr("The glTF file could not be written.") + QLatin1Char('\n') + error,
+        warningBox(this, title,
+                   tr("The glTF file could not be written.") + QLatin1Char('\n') + error,
                    QMessageBox::Ok, QMessageBox::Ok);
         return;
     }

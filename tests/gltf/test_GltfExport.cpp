@@ -66,19 +66,31 @@ Matrix localMatrix(const tinygltf::Node& node)
     if (node.rotation.size() == 4) {
         const double x = node.rotation[0], y = node.rotation[1], z = node.rotation[2],
                      w = node.rotation[3];
-        out = {float(1 - 2 * (y * y + z * z)), float(2 * (x * y + z * w)), float(2 * (x * z - y * w)),
-               0, float(2 * (x * y - z * w)), float(1 - 2 * (x * x + z * z)),
-               float(2 * (y * z + x * w)), 0, float(2 * (x * z + y * w)), float(2 * (y * z - x * w)),
-               float(1 - 2 * (x * x + y * y)), 0, 0, 0, 0, 1};
+        out = {float(1 - 2 * (y * y + z * z)),
+               float(2 * (x * y + z * w)),
+               float(2 * (x * z - y * w)),
+               0,
+               float(2 * (x * y - z * w)),
+               float(1 - 2 * (x * x + z * z)),
+               float(2 * (y * z + x * w)),
+               0,
+               float(2 * (x * z + y * w)),
+               float(2 * (y * z - x * w)),
+               float(1 - 2 * (x * x + y * y)),
+               0,
+               0,
+               0,
+               0,
+               1};
     }
     if (node.scale.size() == 3)
-        out = matrixProduct(out, scalingMatrix({float(node.scale[0]), float(node.scale[1]),
-                                                float(node.scale[2])}));
+        out = matrixProduct(
+            out, scalingMatrix({float(node.scale[0]), float(node.scale[1]), float(node.scale[2])}));
     if (node.translation.size() == 3)
-        out = matrixProduct(translationMatrix({float(node.translation[0]),
-                                               float(node.translation[1]),
-                                               float(node.translation[2])}),
-                            out);
+        out =
+            matrixProduct(translationMatrix({float(node.translation[0]), float(node.translation[1]),
+                                             float(node.translation[2])}),
+                          out);
     return out;
 }
 
@@ -104,8 +116,8 @@ QVector<std::array<float, 4>> elements(const tinygltf::Model& model, int index)
 {
     const tinygltf::Accessor& accessor = model.accessors.at(size_t(index));
     const tinygltf::BufferView& view = model.bufferViews.at(size_t(accessor.bufferView));
-    const unsigned char* data = model.buffers.at(size_t(view.buffer)).data.data() +
-                                view.byteOffset + accessor.byteOffset;
+    const unsigned char* data =
+        model.buffers.at(size_t(view.buffer)).data.data() + view.byteOffset + accessor.byteOffset;
     const int components = tinygltf::GetNumComponentsInType(accessor.type);
     const int size = tinygltf::GetComponentSizeInBytes(accessor.componentType);
     const size_t stride = view.byteStride ? view.byteStride : size_t(components * size);
@@ -273,9 +285,8 @@ TEST(GltfSampleTest, EveryAssembledVehicleInEveryStatePassesTheValidatorAndAssim
         ASSERT_EQ(armor.exitCode, 0) << armor.err.toStdString();
         for (int state = 0; state < 3; ++state) {
             for (const char* suffix : {".glb", ".gltf"}) {
-                const QString file =
-                    out.filePath(QStringLiteral("%1_%2%3")
-                                     .arg(QString::fromUtf8(fields[3]), states[state], suffix));
+                const QString file = out.filePath(QStringLiteral("%1_%2%3").arg(
+                    QString::fromUtf8(fields[3]), states[state], suffix));
                 SCOPED_TRACE(file.toStdString());
                 const ToolResult written =
                     runTool({"gltf", SampleGame, name, "--state", states[state], "--out", file});
@@ -284,7 +295,8 @@ TEST(GltfSampleTest, EveryAssembledVehicleInEveryStatePassesTheValidatorAndAssim
                 const tinygltf::Model model = readBack(file);
                 EXPECT_LT(backFacing(model), 0.05);
                 QProcess assimp;
-                assimp.start(QStringLiteral("assimp"), {QStringLiteral("info"), file, QStringLiteral("--raw")});
+                assimp.start(QStringLiteral("assimp"),
+                             {QStringLiteral("info"), file, QStringLiteral("--raw")});
                 ASSERT_TRUE(assimp.waitForFinished(60000));
                 const QByteArray info = assimp.readAllStandardOutput();
                 if (state == 2) {
@@ -400,8 +412,7 @@ TEST_F(GltfBoxTankTest, MissingTexturesAreLeftOutAndFailedWritesLeaveNothing)
         EXPECT_FALSE(error.isEmpty());
         EXPECT_FALSE(QFile::exists(target));
     }
-    EXPECT_EQ(QDir(out.path()).entryList(QDir::Files),
-              (QStringList{"blocked", "box.gltf"}));
+    EXPECT_EQ(QDir(out.path()).entryList(QDir::Files), (QStringList{"blocked", "box.gltf"}));
 }
 
 // The normal map as glTF reads it: x and y from the game's packing, z

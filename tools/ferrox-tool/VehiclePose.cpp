@@ -39,8 +39,8 @@ QString turretChoices(const TurretGunChooser& chooser)
 
 // The turret asked for (or the current one) with the gun asked for (or its
 // first); a gun alone may be found on another turret, which then comes too.
-bool findFitting(const TurretGunChooser& chooser, const VehiclePose& request,
-                 const Turret** turret, const Gun** gun)
+bool findFitting(const TurretGunChooser& chooser, const VehiclePose& request, const Turret** turret,
+                 const Gun** gun)
 {
     *turret = request.turret.isEmpty() ? chooser.currentTurret()
                                        : findNamed(chooser.turrets, request.turret);

@@ -122,17 +122,17 @@ const Command commands[] = {
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    static const QStringList names = {
-        QStringLiteral("tank"), QStringLiteral("render"), QStringLiteral("bake"),   QStringLiteral("obj"), QStringLiteral("gltf"),
-        QStringLiteral("uv"),   QStringLiteral("extract"), QStringLiteral("armor")};
+    static const QStringList names = {QStringLiteral("tank"),    QStringLiteral("render"),
+                                      QStringLiteral("bake"),    QStringLiteral("obj"),
+                                      QStringLiteral("gltf"),    QStringLiteral("uv"),
+                                      QStringLiteral("extract"), QStringLiteral("armor")};
     return names.contains(name);
 }
 
 void printUsage(std::FILE* stream)
 {
-    std::fprintf(stream,
-                 "usage: ferrox-tool COMMAND ARGUMENTS [--resources FILE]\n"
-                 "       ferrox-tool help [COMMAND] | --help | --version\n\ncommands:\n");
+    std::fprintf(stream, "usage: ferrox-tool COMMAND ARGUMENTS [--resources FILE]\n"
+                         "       ferrox-tool help [COMMAND] | --help | --version\n\ncommands:\n");
     for (const Command& command : commands)
         std::fprintf(stream, "  %s\n", command.usage);
 }
