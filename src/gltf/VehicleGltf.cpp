@@ -250,11 +250,16 @@ bool SceneBuilder::addPrimitive(const RenderGeometry& geometry, int groupIndex,
         return false;
     const qint64 first = group->startIndex;
     const qint64 end = first + qint64(group->primitiveCount) * 3;
+    if (end <= first)
+        return false;
     quint32 low = UINT32_MAX, high = 0;
     for (qint64 i = first; i < end; ++i) {
         low = std::min(low, indexAt(*data, i));
         high = std::max(high, indexAt(*data, i));
     }
+    // A chunk cut short leaves GL zeros where the copy has no vertices.
+    if (high >= quint32(data->positions.size()))
+        return false;
     // The group's own vertex range, where it holds its triangles, keeps the
     // vertices no triangle names, as the model has them.
     const qint64 rangeEnd = qint64(group->startVertex) + group->vertexCount;
