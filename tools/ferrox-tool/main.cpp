@@ -183,7 +183,11 @@ int answerQuestion(const QStringList& arguments)
 
 int main(int argc, char** argv)
 {
-    const bool gui = argc > 1 && needsGui(QString::fromLocal8Bit(argv[1]));
+    // A question about a command needs no window system.
+    const bool question = std::any_of(argv + 1, argv + argc, [](const char* argument) {
+        return asksForHelp(QString::fromLocal8Bit(argument));
+    });
+    const bool gui = argc > 1 && !question && needsGui(QString::fromLocal8Bit(argv[1]));
     std::unique_ptr<QCoreApplication> application(gui ? new QGuiApplication(argc, argv)
                                                       : new QCoreApplication(argc, argv));
     QStringList arguments = QCoreApplication::arguments().mid(1);
