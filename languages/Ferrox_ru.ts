@@ -142,6 +142,38 @@ Please check that your Gavrel path is correct.</source>
             <translation>Дистанция (м):</translation>
         </message>
         <message>
+            <source>Export glTF...</source>
+            <translation>Экспорт glTF...</translation>
+        </message>
+        <message>
+            <source>Export the vehicle as shown as a glTF 2.0 file</source>
+            <translation>Экспорт машины в показанном виде в файл glTF 2.0</translation>
+        </message>
+        <message>
+            <source>Load a vehicle first.</source>
+            <translation>Сначала загрузите машину.</translation>
+        </message>
+        <message>
+            <source>Export glTF</source>
+            <translation>Экспорт glTF</translation>
+        </message>
+        <message>
+            <source>glTF binary (*.glb);;glTF with its textures beside it (*.gltf)</source>
+            <translation>Двоичный glTF (*.glb);;glTF с текстурами рядом (*.gltf)</translation>
+        </message>
+        <message>
+            <source>Ferrox never writes into the game folder.</source>
+            <translation>Ferrox никогда не записывает в папку игры.</translation>
+        </message>
+        <message>
+            <source>The glTF file could not be written.</source>
+            <translation>Не удалось записать файл glTF.</translation>
+        </message>
+        <message>
+            <source>glTF written: </source>
+            <translation>glTF записан: </translation>
+        </message>
+        <message>
             <source>&amp;File</source>
             <translation>&amp;Файл</translation>
         </message>

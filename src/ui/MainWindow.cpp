@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "AboutViewerWidget.h"
+#include "CamoBakeJob.h"
 #include "CamoExports.h"
 #include "CamoList.h"
 #include "CamoLoader.h"
@@ -10,9 +11,11 @@
 #include "Constants.h"
 #include "Database.h"
 #include "Environment.h"
+#include "FileDialogs.h"
 #include "Log.h"
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
+#include "ModDirectory.h"
 #include "Physics.h"
 #include "Preferences.h"
 #include "RenderWidget.h"
@@ -25,6 +28,7 @@
 #include "TankLoader.h"
 #include "TurretGunChooser.h"
 #include "UpdateCheck.h"
+#include "VehicleGltf.h"
 #include "VehicleScene.h"
 #include "VisualEditWidget.h"
 #include "WeakSpotDisplay.h"
@@ -35,6 +39,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMessageBox>
@@ -555,6 +560,57 @@ void MainWindow::exportCamoBake()
 {
     // The bake draws with the viewport's context, the program's only one.
     renderWidget->withContext([] { ::exportCamoBake(); });
+}
+
+void MainWindow::exportGltf()
+{
+    TankLoader* loader = TankLoader::instance();
+    const Settings* settings = Settings::instance();
+    const QString title = QLatin1String(Ferrox::ApplicationName);
+    if (!loader || !loader->loaded || !settings) {
+        informationBox(this, title, tr("Load a vehicle first."), QMessageBox::Ok);
+        return;
+    }
+    // The vehicle's folder in the mod folder, made if need be; never the
+    // game folder.
+    QString folder = QDir::homePath();
+    if (!settings->modPath.isEmpty()) {
+        const QString vehicleFolder = ModDirectory::forTank(loader->name).path();
+        if (QFileInfo(vehicleFolder).isDir() || ModDirectory::makePath(vehicleFolder))
+            folder = vehicleFolder;
+    }
+    const QString states[] = {QStringLiteral("intact"), QStringLiteral("destroyed"),
+                              QStringLiteral("collision")};
+    const int state = loader->armourMode ? loader->armourModel : loader->damageMode;
+    const QString suggested = QDir(folder).filePath(
+        QFileInfo(loader->vehicleFilePath).completeBaseName() + QLatin1Char('_') +
+        states[qBound(0, state, 2)] + QStringLiteral(".glb"));
+    QString path = chooseSaveFile(this, tr("Export glTF"), suggested,
+                                  tr("glTF binary (*.glb);;glTF with its textures beside it "
+                                     "(*.gltf)"),
+                                  {});
+    if (path.isEmpty())
+        return;
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix != QLatin1String("glb") && suffix != QLatin1String("gltf"))
+        path += QStringLiteral(".glb");
+    if (isInsideFolder(path, settings->gavrelPath)) {
+        warningBox(this, title, tr("Ferrox never writes into the game folder."), QMessageBox::Ok,
+                   QMessageBox::Ok);
+        return;
+    }
+    QString error;
+    const bool written =
+        renderWidget->withContext([&] { return exportVehicleGltf(*loader, path, &error); });
+    if (!written) {
+        Log::log(QStringLiteral("glTF export failed: ") + error, Log::Warning);
+        warningBox(this, title,
+                   tr("The glTF file could not be written.") + QLatin1Char('\n') + error,
+                   QMessageBox::Ok, QMessageBox::Ok);
+        return;
+    }
+    Log::log(QStringLiteral("glTF written: ") + path, Log::Info);
+    showStatusMessage(tr("glTF written: ") + QDir::toNativeSeparators(path), 0);
 }
 
 // ---------------------------------------------------------------- scene

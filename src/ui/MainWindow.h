@@ -113,6 +113,9 @@ public slots:
     void gunRotateReset();
     void exportCamoPattern();
     void exportCamoBake();
+    // File > "Export glTF...": the vehicle as shown, to a file the user
+    // picks (the vehicle's folder in the mod folder first).
+    void exportGltf();
     void regularArmorClicked(QModelIndex index);
     void spacedArmorClicked(QModelIndex index);
     void showVisualEditor();

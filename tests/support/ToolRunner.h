@@ -13,6 +13,8 @@ struct ToolResult
 };
 
 ToolResult runTool(const QStringList& arguments, const QString& workingDirectory = QString());
+// Several runs at once, each as runTool runs it; the results in order.
+QList<ToolResult> runTools(const QList<QStringList>& runs);
 
 // The sample installation the tool commands run on.
 inline const QString SampleGame = QStringLiteral(FERROX_SAMPLE_GAME_DIR);

@@ -9,7 +9,7 @@
 #include "SurfaceFormat.h"
 #include "TankLoader.h"
 #include "ToolContext.h"
-#include "TurretGunChooser.h"
+#include "VehiclePose.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -28,12 +28,7 @@ struct RenderRequest
     QString out; // absolute
     QByteArray format;
     QSize size = DefaultSize;
-    int state = Intact;
-    QString turret;
-    QString gun;
-    float yaw = 0;
-    float turretYaw = 0;
-    float gunPitch = 0;
+    VehiclePose pose;
     QString camera; // absolute, empty for the viewport's start camera
     bool garage = true;
     bool transparent = false;
@@ -67,36 +62,6 @@ bool readSize(const QString& text, QSize* size)
                     text);
     *size = QSize(match.captured(1).toInt(), match.captured(2).toInt());
     return true;
-}
-
-bool readState(const QString& text, int* state)
-{
-    if (text.isEmpty() || text == QLatin1String("intact"))
-        *state = Intact;
-    else if (text == QLatin1String("destroyed"))
-        *state = Destroyed;
-    else if (text == QLatin1String("collision"))
-        *state = Collision;
-    else
-        return fail(QStringLiteral("--state is intact, destroyed or collision, not: ") + text);
-    return true;
-}
-
-// The path as the file system resolves it, for a file that may not exist
-// yet: its folder resolved, and the file's own link followed if it is one.
-QString resolvedPath(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.exists())
-        return info.canonicalFilePath();
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + info.fileName();
-}
-
-bool insideFolder(const QString& path, const QString& folder)
-{
-    const QString root = QFileInfo(folder).canonicalFilePath();
-    return !root.isEmpty() && (path == root || path.startsWith(root + QLatin1Char('/')));
 }
 
 // Says why FILE cannot be written before anything is rendered. The game
@@ -181,8 +146,6 @@ bool readRequest(const ToolArguments& arguments, RenderRequest* request)
 {
     request->garage = !arguments.hasOption(QStringLiteral("no-garage"));
     request->transparent = arguments.hasOption(QStringLiteral("transparent"));
-    request->turret = arguments.option(QStringLiteral("turret"));
-    request->gun = arguments.option(QStringLiteral("gun"));
     request->gridTexture = arguments.hasOption(QStringLiteral("grid-texture"));
     return readHidden(arguments.option(QStringLiteral("hide")), request->hidden) &&
            readStyle(arguments.option(QStringLiteral("draw")), request) &&
@@ -190,79 +153,13 @@ bool readRequest(const ToolArguments& arguments, RenderRequest* request)
            readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
            (!arguments.hasOption(QStringLiteral("size")) ||
             readSize(arguments.option(QStringLiteral("size")), &request->size)) &&
-           readState(arguments.option(QStringLiteral("state")), &request->state) &&
-           readNumberOption(arguments, "yaw", "degrees", &request->yaw) &&
-           readNumberOption(arguments, "turret-yaw", "degrees", &request->turretYaw) &&
-           readNumberOption(arguments, "gun-pitch", "degrees", &request->gunPitch) &&
+           readVehiclePose(arguments, &request->pose) &&
            readCamera(arguments.option(QStringLiteral("camera")), &request->camera);
 }
 
-// A turret or gun is named by its display name or its tag.
-template <typename Record>
-const Record* findNamed(const QVector<Record>& records, const QString& key)
+// The window's "Hide" boxes, draw style and grid texture onto the loader.
+void placeView(TankLoader& loader, const RenderRequest& request)
 {
-    for (const Record& record : records)
-        if (record.name == key || record.tag == key)
-            return &record;
-    return nullptr;
-}
-
-QString turretChoices(const TurretGunChooser& chooser)
-{
-    QStringList lines;
-    for (const Turret& turret : chooser.turrets) {
-        QStringList guns;
-        for (const Gun& gun : turret.guns)
-            guns.append(gun.name);
-        lines.append(QStringLiteral("  %1: %2").arg(turret.name, guns.join(QStringLiteral(", "))));
-    }
-    return QStringLiteral("\nturrets and their guns:\n") + lines.join(QLatin1Char('\n'));
-}
-
-// The turret asked for (or the current one) with the gun asked for (or its
-// first); a gun alone may be found on another turret, which then comes too.
-bool findFitting(const TurretGunChooser& chooser, const RenderRequest& request,
-                 const Turret** turret, const Gun** gun)
-{
-    *turret = request.turret.isEmpty() ? chooser.currentTurret()
-                                       : findNamed(chooser.turrets, request.turret);
-    if (!*turret)
-        return fail(QStringLiteral("No turret named: ") + request.turret + turretChoices(chooser));
-    if (request.gun.isEmpty()) {
-        *gun = &(*turret)->guns.first();
-        return true;
-    }
-    *gun = findNamed((*turret)->guns, request.gun);
-    for (int i = 0; !*gun && request.turret.isEmpty() && i < chooser.turrets.size(); ++i) {
-        *turret = &chooser.turrets[i];
-        *gun = findNamed((*turret)->guns, request.gun);
-    }
-    if (!*gun)
-        return fail(QStringLiteral("No gun named: ") + request.gun + turretChoices(chooser));
-    return true;
-}
-
-bool fitTurretAndGun(TankLoader& loader, const RenderRequest& request)
-{
-    if (request.turret.isEmpty() && request.gun.isEmpty())
-        return true;
-    const Turret* turret = nullptr;
-    const Gun* gun = nullptr;
-    if (!findFitting(*loader.chooser, request, &turret, &gun))
-        return false;
-    // Copies: a failed part empties the chooser's list.
-    const QString turretName = turret->name;
-    const QString gunName = gun->name;
-    loader.loadTurretGun(turretName, gunName);
-    if (!loader.loaded)
-        return fail(QStringLiteral("Ferrox cannot fit ") + turretName + QStringLiteral(" with ") +
-                    gunName);
-    return true;
-}
-
-void placeVehicle(TankLoader& loader, const RenderRequest& request)
-{
-    loader.damageMode = request.state;
     loader.hideChassis = request.hidden[0];
     loader.hideHull = request.hidden[1];
     loader.hideTurret = request.hidden[2];
@@ -270,9 +167,6 @@ void placeVehicle(TankLoader& loader, const RenderRequest& request)
     loader.wireframe = request.wireframe;
     loader.solidWire = request.solidWire;
     loader.gridTexture = request.gridTexture;
-    loader.setTankRotation(request.yaw);
-    loader.setTurretRotation(request.turretYaw);
-    loader.setGunRotation(request.gunPitch);
 }
 
 // The four swatch colours of the camouflage panel, as #aarrggbb or any name
@@ -311,7 +205,7 @@ void fireArmorRay(TankLoader& loader, const RenderRequest& request, FrameRendere
     };
     frame.armorMode = true;
     loader.armorToggle(true);
-    loader.armourModel = request.state == Collision ? Collision : Intact;
+    loader.armourModel = request.pose.state == Collision ? Collision : Intact;
     // One frame places the collision objects of turret and gun.
     frame.renderToImage(16, 16, false);
     physics.fireRay(request.rayFrom, request.rayTo);
@@ -398,16 +292,17 @@ int renderCommand(const ToolArguments& arguments)
     const QString camoChoice = arguments.option(QStringLiteral("camo"));
     vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
     request.camouflage = vehicle.withCamouflage;
-    vehicle.installArmor = request.state == Collision || request.ray;
+    vehicle.installArmor = request.pose.state == Collision || request.ray;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
-    if (!fitTurretAndGun(loader, request))
+    if (!fitTurretAndGun(loader, request.pose))
         return 1;
     if (vehicle.withCamouflage && (!applyCamoChoice(*vehicle.camouflage(), camoChoice) ||
                                    !applyCamoColours(*vehicle.camouflage(), arguments)))
         return 1;
-    placeVehicle(loader, request);
+    placeVehicle(loader, request.pose);
+    placeView(loader, request);
     QImage image;
     if (!renderVehicle(loader, request, &image) || !writeImage(image, request))
         return 1;

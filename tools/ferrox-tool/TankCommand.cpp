@@ -1,5 +1,6 @@
 #include "TankCommand.h"
 
+#include "MeshGeometry.h"
 #include "OffscreenVehicle.h"
 #include "TankInfo.h"
 #include "TankLoader.h"
@@ -38,6 +39,14 @@ QJsonArray matrixArray(const Matrix& m)
     return array;
 }
 
+int vertexCount(const Mesh& mesh)
+{
+    int count = 0;
+    for (const MeshGeometry* geometry : mesh.geometries)
+        count += int(geometry->positions.size());
+    return count;
+}
+
 QJsonArray partsArray(const TankLoader& loader)
 {
     QJsonArray parts;
@@ -48,7 +57,8 @@ QJsonArray partsArray(const TankLoader& loader)
                                      {"state", state},
                                      {"model", mesh->path},
                                      {"matrix", matrixArray(mesh->model)},
-                                     {"triangles", mesh->visual->triangleCount()}});
+                                     {"triangles", mesh->visual->triangleCount()},
+                                     {"vertices", vertexCount(*mesh)}});
         }
     return parts;
 }
