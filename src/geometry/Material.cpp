@@ -131,8 +131,7 @@ void Material::apply()
     if (kind == Lit)
         applyLighting(gl);
 
-    const bool camouflage = !name.contains(QLatin1String("equipment")) && camoEnabled;
-    gl->glUniform1i(location("camoEnabled"), camouflage ? 1 : 0);
+    applyCamouflageFlag();
     gl->glUniform4f(location("diffuseColor"), diffuseColor[0], diffuseColor[1], diffuseColor[2],
                     diffuseColor[3]);
 }
@@ -174,6 +173,15 @@ void Material::applyLighting(QOpenGLFunctions_3_2_Core* gl)
                         detailTile[3]);
         gl->glUniform1f(location("detailPower"), detailPower);
     }
+}
+
+void Material::applyCamouflageFlag()
+{
+    QOpenGLFunctions_3_2_Core* gl = glFunctions();
+    if (!gl || !shader)
+        return;
+    const bool camouflage = !name.contains(QLatin1String("equipment")) && camoEnabled;
+    gl->glUniform1i(shader->uniformLocation(QStringLiteral("camoEnabled")), camouflage ? 1 : 0);
 }
 
 void Material::applyCamouflage()

@@ -38,6 +38,9 @@ public:
     // and textures, lighting and shadow uniforms.
     void apply();
     void applyCamouflage();
+    // The camoEnabled uniform from camoEnabled (equipment is never painted),
+    // for a caller that changes the flag after apply().
+    void applyCamouflageFlag();
     void bindExclusionMap(unsigned int id);
     unsigned int diffuseTexture() const;
 

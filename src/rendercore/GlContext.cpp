@@ -73,8 +73,11 @@ bool GlContext::checking()
 
 void GlContext::check(const char* caller)
 {
+    // No context at all is not drawing in the wrong one: glFunctions() then
+    // answers null and the caller skips its GL work (a release at shut-down).
     const Owner& registered = registration();
-    if (!registered.context || QOpenGLContext::currentContext() == registered.context)
+    QOpenGLContext* current = QOpenGLContext::currentContext();
+    if (!registered.context || !current || current == registered.context)
         return;
     const QString name = QString::fromUtf8(caller);
     if (registered.onMismatch)

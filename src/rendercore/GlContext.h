@@ -38,8 +38,8 @@ public:
 
     // True in builds that check the context at every entry-point lookup.
     static bool checking();
-    // The check itself: with an owner registered and another context (or
-    // none) current, reports caller to the mismatch handler. The default
+    // The check itself: with an owner registered and another context
+    // current, reports caller to the mismatch handler. The default
     // handler logs the caller and aborts, so that a test run fails there.
     static void check(const char* caller);
     static void setMismatchHandler(MismatchHandler handler);

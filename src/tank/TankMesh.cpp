@@ -95,15 +95,17 @@ public:
     }
 
 private:
-    // Material::apply has already run, so the shader sees this flag from the
-    // next draw of the group on.
+    // Material::apply has run with the flag of the last frame: the uniforms
+    // are set again here, so that this draw shows the pattern as it is now.
     void updateCamouflage(Material& material) const
     {
         material.camoEnabled = false;
         QString mask;
         Vector4 tiling;
-        if (!TankMesh::camouflageFor(partType, material.name, &mask, &tiling))
+        if (!TankMesh::camouflageFor(partType, material.name, &mask, &tiling)) {
+            material.applyCamouflageFlag();
             return;
+        }
         const AppliedCamouflage* applied = AppliedCamouflage::active();
         material.camoEnabled = true;
         for (size_t channel = 0; channel < applied->colors.size(); ++channel)
@@ -119,6 +121,7 @@ private:
             textures->bindTexture(CamoMapUnit, applied->textureId);
         }
         material.applyCamouflage();
+        material.applyCamouflageFlag();
     }
 
     static constexpr float ColourScale = 0.003921569f;

@@ -83,7 +83,9 @@ TEST(TankCommand, EveryGunListsItsShellsByTranslatedName)
           "Kestrel gun Early: "}},
         {"Proving Ground",
          {"Proving Ground main gun: 88 mm AP ARMOR_PIERCING 88 140/120 0; 88 mm HEAT "
-          "HOLLOW_CHARGE 88 180/180 0.05; 88 mm HE HIGH_EXPLOSIVE 88 44/44 0"}},
+          "HOLLOW_CHARGE 88 180/180 0.05; 88 mm HE HIGH_EXPLOSIVE 88 44/44 0",
+          "Proving Ground gun L2: 122 mm APHE ARMOR_PIERCING_HE 122 175/160 0; 122 mm APCR "
+          "ARMOR_PIERCING_CR 122 230/210 0; 122 mm HE HIGH_EXPLOSIVE 122 61/61 0"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.vehicle);

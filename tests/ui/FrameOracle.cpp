@@ -56,7 +56,7 @@ FrameDifference FrameOracle::compare(const QImage& shown, const QImage& expected
 
 testing::AssertionResult FrameOracle::sameFrame(MainWindow& window, const QString& vehicle,
                                                 const QStringList& toolArguments,
-                                                const QString& label)
+                                                const QString& label, const QString& game)
 {
     RenderWidget& view = *window.renderWidget;
     const QImage shown = view.grabFramebuffer().convertToFormat(QImage::Format_RGB32);
@@ -67,7 +67,7 @@ testing::AssertionResult FrameOracle::sameFrame(MainWindow& window, const QStrin
         return testing::AssertionFailure() << "the viewport's camera could not be saved";
 
     QStringList arguments{QStringLiteral("render"),
-                          SampleGame,
+                          game.isEmpty() ? SampleGame : game,
                           vehicle,
                           QStringLiteral("--out"),
                           out,

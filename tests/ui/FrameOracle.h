@@ -41,13 +41,14 @@ public:
     static testing::AssertionResult sameImage(const QImage& shown, const QImage& expected,
                                               const QString& label);
 
-    // Renders `ferrox-tool render GAME vehicle toolArguments` at the
-    // viewport's size and camera and compares it with the viewport's frame.
-    // A failure writes the window's frame, the tool's and their difference
-    // under build/tests/failed-images/, tagged with label.
+    // Renders `ferrox-tool render GAME vehicle toolArguments` (GAME the
+    // sample installation unless given) at the viewport's size and camera and compares it with the
+    // viewport's frame. A failure writes the window's frame, the tool's and their difference under
+    // build/tests/failed-images/, tagged with label.
     static testing::AssertionResult sameFrame(MainWindow& window, const QString& vehicle,
                                               const QStringList& toolArguments,
-                                              const QString& label);
+                                              const QString& label,
+                                              const QString& game = QString());
 };
 
 #define EXPECT_SAME_FRAME(window, vehicle, arguments, label)                                       \

@@ -22,16 +22,6 @@
 
 #include <functional>
 
-// Pixels of the middle third that differ clearly between two frames.
-inline int changedPixels(const QImage& before, const QImage& after)
-{
-    int changed = 0;
-    for (int y = before.height() / 3; y < 2 * before.height() / 3; ++y)
-        for (int x = before.width() / 3; x < 2 * before.width() / 3; ++x)
-            changed += sameColour(before.pixel(x, y), QColor(after.pixel(x, y)), 8) ? 0 : 1;
-    return changed;
-}
-
 // The names the tank list shows, in its order.
 inline QStringList listedTankNames(const MainWindow& window)
 {
@@ -77,6 +67,29 @@ protected:
         const int code = runFerrox(argc, argv, options);
         root.leave();
         return code;
+    }
+
+    // A new user's settings with the scene ferrox-tool draws: the premium
+    // garage, no grid, full materials with shadows.
+    void writeToolSceneSettings(const QString& game = Game,
+                                const QString& mod = Game + QStringLiteral("-mod"))
+    {
+        root.writeFile(QStringLiteral("data/settings.cfg"),
+                       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings>\n"
+                       " <Paths><GavrelPath>" +
+                           game.toUtf8() + "</GavrelPath><ModPath>" + mod.toUtf8() +
+                           "</ModPath></Paths>\n"
+                           " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150"
+                           "</ShaderDir></Renderer></RendererSystems>\n"
+                           " <RendererCommon><TextureFilter>Anisotropic 4x</TextureFilter>"
+                           "<MSAA>4x</MSAA><ShadowMap>2048</ShadowMap>"
+                           "<ShadowMapSamples>8</ShadowMapSamples><VSync>1</VSync>"
+                           "</RendererCommon>\n"
+                           " <SceneSettings><ViewportColor>128 128 128 255</ViewportColor>"
+                           "<AmbientLight>127</AmbientLight><ShowHangar>true</ShowHangar>"
+                           "<ShowGrid>false</ShowGrid><ShowShadows>true</ShowShadows>"
+                           "<SceneSet>premium</SceneSet><Lighting>bumpmap</Lighting>"
+                           "</SceneSettings>\n</Settings>\n");
     }
 
     QString userFile(const QString& name) const { return root.dataDirectory() + '/' + name; }

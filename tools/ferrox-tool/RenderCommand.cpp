@@ -32,9 +32,6 @@ struct RenderRequest
     QString camera; // absolute, empty for the viewport's start camera
     bool garage = true;
     bool transparent = false;
-    // A group's camouflage flag reaches its shader from the frame after it
-    // is set: one frame more is drawn first.
-    bool camouflage = false;
     // The window's "Hide" boxes, draw style and grid texture.
     bool hidden[4] = {};
     bool wireframe = false;
@@ -236,8 +233,6 @@ bool renderVehicle(TankLoader& loader, const RenderRequest& request, QImage* ima
     const int largest = FrameRenderer::maxImageSize();
     if (ok && (request.size.width() > largest || request.size.height() > largest))
         ok = fail(QStringLiteral("This OpenGL renders at most %1 pixels a side").arg(largest));
-    if (ok && request.camouflage)
-        frame.renderToImage(request.size.width(), request.size.height(), request.transparent);
     if (ok) {
         *image =
             frame.renderToImage(request.size.width(), request.size.height(), request.transparent);
@@ -291,7 +286,6 @@ int renderCommand(const ToolArguments& arguments)
     OffscreenVehicle vehicle;
     const QString camoChoice = arguments.option(QStringLiteral("camo"));
     vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
-    request.camouflage = vehicle.withCamouflage;
     vehicle.installArmor = request.pose.state == Collision || request.ray;
     if (!vehicle.load(arguments))
         return 1;
