@@ -227,7 +227,7 @@ TEST_F(DatabaseTest, MissingOrBrokenListsCostTheTableOrTheNation)
     mods.writeFile("scripts/item_defs/vehicles/borvia/list.xml",
                    "<list.xml>" + vehicle("B03_Kestrel", "3", "lightTank") + "</list.xml>");
     database->rebuildDatabase();
-    EXPECT_EQ(column(everything(), 1), (QStringList{"borvia", "ardenia", "ardenia", "ardenia"}));
+    EXPECT_EQ(column(everything(), 1), (QStringList{"ardenia", "ardenia", "ardenia", "borvia"}));
     settings.modPath.clear();
 
     // Without item_types.xml there is no table, and the user is told.
