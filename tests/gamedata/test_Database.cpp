@@ -278,7 +278,7 @@ TEST_F(DatabaseTest, NationsBeyondTheTankListFollowIt)
     const Rows rows = everything();
     EXPECT_EQ(
         column(rows, Database::NationColumn),
-        (QStringList{"borvia", "borvia", "borvia", "ardenia", "ardenia", "ardenia", "zemlia"}));
+        (QStringList{"ardenia", "ardenia", "ardenia", "borvia", "borvia", "borvia", "zemlia"}));
     EXPECT_EQ(rows.last().value(Database::PathColumn), "vehicles/Zemlia/Z01_Tractor");
     EXPECT_EQ(database->tankDirectory(rows.last().value(Database::TranslatedNameColumn)),
               "vehicles/Zemlia/Z01_Tractor");

@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <tuple>
+#include <vector>
 
 namespace {
 constexpr GLenum compressedDxt1 = 0x83F0;
@@ -276,6 +278,30 @@ TEST_F(DdsUpload, BlockFormatsDecodeHereAsTheDriverDecodesThem)
                       GLint(type == GL_HALF_FLOAT ? GL_RGBA16F : GL_RGBA8));
             EXPECT_EQ(readBack(), byDriver);
         }
+    }
+
+    // Signed RGTC: the driver's -1..1 against our bytes over the same range;
+    // its palette truncates where ours rounds, which the mapping onto
+    // bytes can widen to two levels.
+    for (const auto& [dxgi, channels] : {std::pair{81u, 1}, {84u, 2}}) {
+        SCOPED_TRACE(dxgi);
+        const QByteArray file =
+            dx10File(32, 32, dxgi, dxgi == 81 ? blocks.left(blocks.size() / 2) : blocks);
+        ASSERT_TRUE(upload(file));
+        std::vector<float> byDriver(32 * 32 * 4);
+        gl->glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_FLOAT, byDriver.data());
+        DdsImage ours;
+        ASSERT_TRUE(ours.parse(file) && ours.decompress());
+        int differing = 0;
+        for (int i = 0; i < 32 * 32 * channels; ++i) {
+            const int pixel = i / channels, channel = i % channels;
+            const int expected =
+                int(std::lround((byDriver[size_t(4 * pixel + channel)] + 1.0f) * 127.5f));
+            if (std::abs(expected - int(uchar(ours.pixels[i]))) > 2 && ++differing <= 3)
+                ADD_FAILURE() << "pixel " << pixel << " channel " << channel << ": ours "
+                              << int(uchar(ours.pixels[i])) << ", the driver's " << expected;
+        }
+        EXPECT_EQ(differing, 0);
     }
     EXPECT_EQ(gl->glGetError(), GLenum(GL_NO_ERROR));
 }

@@ -206,6 +206,9 @@ TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
         {"Talon", Source::Archive, 180, "Talon turret"},
         {"Ironmoth", Source::Archive, 240, "Ironmoth turret"},
         {"Basilisk", Source::ModFolder, 4321, "Basilisk turret (mod)"},
+        // Processed models: a skinned chassis, a hull with a uv2 stream, a
+        // turret of 32-bit indices.
+        {"Kestrel", Source::Archive, 180, "Kestrel turret"},
     };
     for (const auto& [name, source, hullHealth, firstTurret] : cases) {
         SCOPED_TRACE(name.toStdString());
