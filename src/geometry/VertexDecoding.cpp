@@ -411,26 +411,6 @@ int glFloatsPerVertex(VertexFormat format, bool withStream)
     return 14 + (skinned(*layout) ? 3 : 0) + (layoutHasSecondUv(*layout, withStream) ? 2 : 0);
 }
 
-int glTangentOffset(VertexFormat format, bool withStream)
-{
-    const RecordLayout* layout = layoutOf(format);
-    return layout && layoutHasTangents(*layout, withStream) ? 8 : -1;
-}
-
-int glWeightsOffset(VertexFormat format)
-{
-    const RecordLayout* layout = layoutOf(format);
-    return layout && skinned(*layout) ? 14 : -1;
-}
-
-int glSecondUvOffset(VertexFormat format, bool withStream)
-{
-    const RecordLayout* layout = layoutOf(format);
-    if (!layout || !layoutHasSecondUv(*layout, withStream))
-        return -1;
-    return skinned(*layout) ? 17 : 14;
-}
-
 bool readVertexChunkHeader(const QByteArray& chunkBytes, VertexChunkHeader& header)
 {
     header = VertexChunkHeader();

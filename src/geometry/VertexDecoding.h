@@ -59,10 +59,6 @@ bool hasOwnSecondUv(VertexFormat format);
 QList<VertexAttribute*> glVertexLayout(VertexFormat format, bool withStream);
 // Floats per interleaved GL vertex of that layout.
 int glFloatsPerVertex(VertexFormat format, bool withStream);
-// Float offsets in that layout; -1 for what it lacks.
-int glTangentOffset(VertexFormat format, bool withStream);
-int glWeightsOffset(VertexFormat format);
-int glSecondUvOffset(VertexFormat format, bool withStream);
 // Whether a uv2 stream goes into the layout of this format: the plain
 // tangent format without bones, and every processed format without a
 // second uv of its own.
