@@ -269,6 +269,10 @@ void appendToGeometry(MeshGeometry& geometry, const RecordLayout& layout,
     geometry.positions.append(vertex.position);
     geometry.normals.append(vertex.normal);
     geometry.uvs.append(vertex.uv);
+    if (layout.tangent >= 0) {
+        geometry.tangents.append(vertex.tangent);
+        geometry.binormals.append(vertex.binormal);
+    }
     if (layout.uv2 >= 0)
         geometry.uv2s.append(vertex.uv2);
     if (skinned(layout)) {
