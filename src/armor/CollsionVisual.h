@@ -13,4 +13,6 @@ public:
 
 protected:
     QList<Material*> groupMaterials(const QDomElement& material, bool perTankTextures) override;
+    // Plates are drawn in armour colours: a second uv is never read.
+    bool readsUvStream() const override { return false; }
 };

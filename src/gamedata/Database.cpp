@@ -6,6 +6,7 @@
 #include "Log.h"
 #include "MessageBoxes.h"
 #include "MoReaderCached.h"
+#include "NationSurvey.h"
 #include "PackedXmlReader.h"
 #include "Settings.h"
 #include "StartupError.h"
@@ -292,12 +293,9 @@ TankRow Database::readTank(const QDomElement& element, const QString& nation,
 bool Database::loadNationList(const QString& listPath, const QString& dataPath)
 {
     Log::log(QStringLiteral("Loading tank list file: ") + listPath, Log::Info);
-    // The loose file below the game's res folder first; then the name as any
-    // resource, so that a list in the mod folder or in an archive is found.
-    std::unique_ptr<QIODevice> device(
-        FileManager::openPlainFile(native(gamePath() + QStringLiteral("/res/") + listPath)));
-    if (!device)
-        device.reset(openResource(listPath));
+    // As any resource: a list in the mod folder overrides the loose one,
+    // which overrides the archives'.
+    std::unique_ptr<QIODevice> device(openResource(listPath));
     if (!device) {
         Log::log(QStringLiteral("Failed to load nation file: ") + listPath, Log::Warning);
         return false;
@@ -369,12 +367,14 @@ bool Database::loadItemTypes()
     return true;
 }
 
-void Database::loadNations(const QDomElement& root)
+QStringList Database::loadNations(const QDomElement& root)
 {
+    QStringList named;
     for (QDomElement entry = root.firstChildElement(); !entry.isNull();
          entry = entry.nextSiblingElement()) {
         const QString resPath =
             native(entry.firstChildElement(QStringLiteral("ResPath")).text().trimmed());
+        named.append(resPath.section(QDir::separator(), -1));
         const QString listPath = native(resPath + QStringLiteral("/list.xml"));
         const QString camoPath = native(resPath + QStringLiteral("/customization.xml"));
         const QString dataPath =
@@ -383,6 +383,38 @@ void Database::loadNations(const QDomElement& root)
             continue;
         const QString nation = resPath.section(QDir::separator(), -1);
         addCamouflageCatalogue(camoPath, translateNation(nation));
+    }
+    return named;
+}
+
+// Nations the installation has beyond the list follow the listed ones;
+// their model folder is the one their vehicles' models name.
+void Database::loadFoundNations(const QStringList& named)
+{
+    const QStringList found = NationSurvey::unlistedNations(named);
+    if (found.isEmpty())
+        return;
+    Log::log(QStringLiteral("Found %1 nations not in tank_list.cfg: %2")
+                 .arg(found.size())
+                 .arg(found.join(QStringLiteral(", "))),
+             Log::Info);
+    for (const QString& nation : found) {
+        const QString listPath = NationSurvey::listPath(nation);
+        std::unique_ptr<QIODevice> device(openResource(listPath));
+        const QDomElement root =
+            device ? readDocument(device.get(), listPath).documentElement() : QDomElement();
+        QString dataPath = NationSurvey::dataPathFromVehicles(nation, root);
+        if (dataPath.isEmpty()) {
+            Log::log(QStringLiteral("No vehicle of nation ") + nation +
+                         QStringLiteral(" names its model folder"),
+                     Log::Warning);
+            continue;
+        }
+        if (!loadNationList(native(listPath), native(dataPath)))
+            continue;
+        addCamouflageCatalogue(native(QStringLiteral("scripts/item_defs/vehicles/") + nation +
+                                      QStringLiteral("/customization.xml")),
+                               translateNation(nation));
     }
 }
 
@@ -425,7 +457,7 @@ void Database::rebuildDatabase()
     categories.append(all);
     if (!loadItemTypes())
         return;
-    loadNations(tankList.documentElement());
+    loadFoundNations(loadNations(tankList.documentElement()));
 
     tiers.append(all);
     for (int tier = 1; tier <= highestTier; ++tier)

@@ -105,7 +105,9 @@ private:
                             const QString* pattern) const;
     bool createTable();
     bool loadItemTypes();
-    void loadNations(const QDomElement& root);
+    // The nations of tank_list.cfg; gives their folder names.
+    QStringList loadNations(const QDomElement& root);
+    void loadFoundNations(const QStringList& named);
     TankRow readTank(const QDomElement& element, const QString& nation, const QString& nationFolder,
                      const QString& dataPath) const;
     QString modelFolder(const QString& xmlFile) const;

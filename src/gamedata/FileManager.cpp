@@ -10,6 +10,7 @@
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 namespace {
 QBuffer* openBuffer(const QByteArray& content)
@@ -36,6 +37,7 @@ void FileManager::clearArchives()
 {
     archives.clear();
     index.clear();
+    unlistedArchives.clear();
 }
 
 void FileManager::loadZipFiles()
@@ -57,8 +59,31 @@ void FileManager::loadZipFiles()
 
     const QString base = currentGamePath() + QLatin1String(Ferrox::PackageFolder);
     const QDomNodeList entries = document.elementsByTagName(QLatin1String(Ferrox::ArchiveTag));
-    for (int i = 0; i < entries.size(); ++i)
-        addArchive(QDir::toNativeSeparators(base + entries.at(i).toElement().text()), false);
+    QSet<QString> listed;
+    for (int i = 0; i < entries.size(); ++i) {
+        const QString name = entries.at(i).toElement().text();
+        listed.insert(name.trimmed());
+        addArchive(QDir::toNativeSeparators(base + name), false);
+    }
+    addUnlistedArchives(base, listed);
+}
+
+// The list comes first; archives the installation has beyond it follow in
+// name order, so a newer game's packages are searched without an edit.
+void FileManager::addUnlistedArchives(const QString& packageFolder, const QSet<QString>& listed)
+{
+    const QStringList names =
+        QDir(packageFolder)
+            .entryList({QStringLiteral("*.pkg")}, QDir::Files | QDir::Readable, QDir::Name);
+    for (const QString& name : names)
+        if (!listed.contains(name) &&
+            addArchive(QDir::toNativeSeparators(packageFolder + name), false))
+            unlistedArchives.append(name);
+    if (!unlistedArchives.isEmpty())
+        Log::log(QStringLiteral("Found %1 archives not in resources.cfg: %2")
+                     .arg(unlistedArchives.size())
+                     .arg(unlistedArchives.join(QStringLiteral(", "))),
+                 Log::Info);
 }
 
 bool FileManager::addArchive(const QString& path, bool quiet)

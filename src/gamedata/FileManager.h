@@ -5,7 +5,9 @@
 #include "ZipArchive.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -53,6 +55,9 @@ public:
     // The archive list read by loadZipFiles(); "../data/resources.cfg"
     // unless a tool names another.
     QString resourcesConfigPath;
+    // Archives below res/packages/ that the list does not name, opened after
+    // the listed ones in name order.
+    QStringList unlistedArchives;
 
     void setLookupStrategy(LookupStrategy strategy) { lookupStrategy = strategy; }
 
@@ -65,6 +70,7 @@ public slots:
 private:
     // The first archive to ask for a member name, or -1 when none holds it.
     int firstCandidate(const QByteArray& memberName) const;
+    void addUnlistedArchives(const QString& packageFolder, const QSet<QString>& listed);
     static QByteArray memberName(const QString& name);
 
     std::vector<std::unique_ptr<ZipArchive>> archives;

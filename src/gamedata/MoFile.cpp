@@ -14,6 +14,7 @@ void MoFile::clear()
 {
     data.clear();
     keys.clear();
+    foldedKeys.clear();
     stringCount = originalsOffset = translationsOffset = hashSize = hashOffset = 0;
     swapped = false;
     loaded = false;
@@ -165,6 +166,14 @@ int MoFile::find(const QString& key) const
 {
     if (!loaded)
         return -1;
+    const int entry = probeHashTable(key);
+    return entry >= 0 ? entry : findFolded(key);
+}
+
+// The hash is taken over the key as given, so a key in another case than
+// the catalogue's usually probes other slots.
+int MoFile::probeHashTable(const QString& key) const
+{
     const quint32 hash = hashString(key.toUtf8());
     const quint32 start = hash % hashSize;
     // hash % (S - 2) is undefined for S = 2 and meaningless for S = 1.
@@ -184,6 +193,19 @@ int MoFile::find(const QString& key) const
             return -1;
     }
     return -1;
+}
+
+int MoFile::findFolded(const QString& key) const
+{
+    if (foldedKeys.isEmpty()) {
+        foldedKeys.reserve(int(stringCount));
+        for (quint32 i = 0; i < stringCount; ++i) {
+            const QString folded = original(int(i)).toCaseFolded();
+            if (!foldedKeys.contains(folded))
+                foldedKeys.insert(folded, int(i));
+        }
+    }
+    return foldedKeys.value(key.toCaseFolded(), -1);
 }
 
 bool MoFile::lookup(const QString& key, QString* translationText) const

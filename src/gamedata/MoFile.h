@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -23,8 +24,9 @@ public:
 
     bool isLoaded() const { return loaded; }
 
-    // Index of the key's entry, or -1. Case is ignored in the comparison,
-    // but the hash is taken over the key as given.
+    // Index of the key's entry, or -1. Case is ignored: the hash table is
+    // probed with the key as given, and when that misses, a case-folded
+    // index of all keys (built on the first miss) answers.
     int find(const QString& key) const;
     // Sets translation and returns true when the key is in the catalogue.
     bool lookup(const QString& key, QString* translation) const;
@@ -50,9 +52,13 @@ private:
     bool stringsFit(quint32 tableOffset) const;
     bool hashTableFits() const;
     QString stringAt(quint32 tableOffset, int index) const;
+    int probeHashTable(const QString& key) const;
+    int findFolded(const QString& key) const;
     QByteArray rawStringAt(quint32 tableOffset, int index) const;
 
     QByteArray data;
     bool swapped = false;
     bool loaded = false;
+    // Case-folded key to its first entry; empty until a probe misses.
+    mutable QHash<QString, int> foldedKeys;
 };

@@ -263,12 +263,12 @@ QString floatsText(const char* data, int count)
 }
 
 // As QString::number(value) writes it, base 10.
-QString integerText(qint32 value)
+QString integerText(qint64 value)
 {
-    char text[12];
+    char text[21];
     char* end = text + sizeof text;
     char* out = end;
-    quint32 magnitude = value < 0 ? 0u - quint32(value) : quint32(value);
+    quint64 magnitude = value < 0 ? 0u - quint64(value) : quint64(value);
     do {
         *--out = char('0' + magnitude % 10);
         magnitude /= 10;
@@ -455,11 +455,11 @@ bool PackedXmlReader::readString(QDomDocument& document, QDomNode& node, int len
     return true;
 }
 
-// Lengths 1, 2 and 4 are decoded. Any other length reads "0"; its bytes are
-// consumed so that the values after it stay in step.
+// Lengths 1, 2, 4 and 8 are decoded. Any other length reads "0"; its bytes
+// are consumed so that the values after it stay in step.
 bool PackedXmlReader::readInteger(QDomDocument& document, QDomNode& node, int length)
 {
-    qint32 value = 0;
+    qint64 value = 0;
     switch (length) {
     case 1:
         value = cursor->readCharSigned();
@@ -469,6 +469,10 @@ bool PackedXmlReader::readInteger(QDomDocument& document, QDomNode& node, int le
         break;
     case 4:
         value = cursor->readInt();
+        break;
+    case 8:
+        if (const char* bytes = cursor->take(8, "Error reading data: readInt()"))
+            value = qFromLittleEndian<qint64>(bytes);
         break;
     default:
         cursor->take(length, "Error reading data: readInt()");

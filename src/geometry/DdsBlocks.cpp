@@ -1,5 +1,8 @@
 #include "DdsBlocks.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 struct Rgb
 {
@@ -79,4 +82,31 @@ void decodeAlphaBlock(const uchar* block, uchar* tile, int channels, int channel
         indices |= quint64(block[2 + i]) << (8 * i);
     for (int i = 0; i < 16; ++i)
         tile[i * channels + channel] = palette[(indices >> (3 * i)) & 7];
+}
+
+void decodeSignedAlphaBlock(const uchar* block, uchar* tile, int channels, int channel)
+{
+    const int a0 = std::max(-127, int(qint8(block[0])));
+    const int a1 = std::max(-127, int(qint8(block[1])));
+    float palette[8];
+    palette[0] = float(a0);
+    palette[1] = float(a1);
+    if (a0 > a1) {
+        for (int i = 2; i < 8; ++i)
+            palette[i] = float((8 - i) * a0 + (i - 1) * a1) / 7.0f;
+    } else {
+        for (int i = 2; i < 6; ++i)
+            palette[i] = float((6 - i) * a0 + (i - 1) * a1) / 5.0f;
+        palette[6] = -127.0f;
+        palette[7] = 127.0f;
+    }
+    uchar bytes[8];
+    for (int i = 0; i < 8; ++i)
+        bytes[i] = uchar(std::lround((palette[i] + 127.0f) * (255.0f / 254.0f)));
+
+    quint64 indices = 0;
+    for (int i = 0; i < 6; ++i)
+        indices |= quint64(block[2 + i]) << (8 * i);
+    for (int i = 0; i < 16; ++i)
+        tile[i * channels + channel] = bytes[(indices >> (3 * i)) & 7];
 }

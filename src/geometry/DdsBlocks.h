@@ -16,3 +16,7 @@ void decodeExplicitAlphaBlock(const uchar* block, uchar* tile, int channels, int
 
 // Eight bytes: two end points and sixteen 3-bit indices, into one channel.
 void decodeAlphaBlock(const uchar* block, uchar* tile, int channels, int channel);
+
+// The same with signed end points (-127 to 127; -128 reads as -127), the
+// values mapped from -1..1 onto 0..255.
+void decodeSignedAlphaBlock(const uchar* block, uchar* tile, int channels, int channel);

@@ -1,5 +1,6 @@
 #include "DdsImage.h"
 
+#include "BptcBlocks.h"
 #include "DdsBlocks.h"
 #include "Log.h"
 
@@ -83,7 +84,13 @@ DdsFormat formatFromDxgi(quint32 dxgi)
         return DdsFormat::RGB10A2;
     case 26:
         return DdsFormat::RG11B10F;
+    case 27: // typeless
     case 28:
+    case 29: // sRGB
+    case 87: // the B8G8R8 group: swapped while parsing
+    case 88:
+    case 90:
+    case 91:
         return DdsFormat::RGBA8;
     case 34:
         return DdsFormat::RG16F;
@@ -101,19 +108,54 @@ DdsFormat formatFromDxgi(quint32 dxgi)
         return DdsFormat::R8;
     case 67:
         return DdsFormat::RGB9E5;
+    // The typeless and sRGB variants hold the same blocks; the program
+    // reads every texture as linear data.
+    case 70:
     case 71:
+    case 72:
         return DdsFormat::DXT1;
+    case 73:
     case 74:
+    case 75:
         return DdsFormat::DXT3;
+    case 76:
     case 77:
+    case 78:
         return DdsFormat::DXT5;
+    case 79:
     case 80:
         return DdsFormat::ATI1N;
+    case 81:
+        return DdsFormat::BC4S;
+    case 82:
     case 83:
         return DdsFormat::ATI2N;
+    case 84:
+        return DdsFormat::BC5S;
+    case 94:
+    case 95:
+        return DdsFormat::BC6HU;
+    case 96:
+        return DdsFormat::BC6HS;
+    case 97:
+    case 98:
+    case 99:
+        return DdsFormat::BC7;
     default:
         return DdsFormat::Unknown;
     }
+}
+
+// DXGI formats that store blue first, and of those the ones whose fourth
+// byte is padding.
+bool dxgiBlueFirst(quint32 dxgi)
+{
+    return dxgi == 87 || dxgi == 88 || dxgi == 90 || dxgi == 91;
+}
+
+bool dxgiNoAlpha(quint32 dxgi)
+{
+    return dxgi == 88;
 }
 
 DdsFormat formatFromBitCount(quint32 bitCount, quint32 redMask, quint32 blueMask, quint32 alphaMask)
@@ -279,10 +321,26 @@ DdsFormat decompressedFormat(DdsFormat format)
     case DdsFormat::ATI1N:
         return DdsFormat::R8;
     case DdsFormat::ATI2N:
+    case DdsFormat::BC5S:
         return DdsFormat::RG8;
+    case DdsFormat::BC4S:
+        return DdsFormat::R8;
+    case DdsFormat::BC6HU:
+    case DdsFormat::BC6HS:
+        return DdsFormat::RGBA16F;
+    case DdsFormat::BC7:
+        return DdsFormat::RGBA8;
     default:
         return format;
     }
+}
+
+void decodeHalfBlock(const uchar* block, bool signedFloats, uchar* tile)
+{
+    quint16 halves[64];
+    decodeBc6hBlock(block, signedFloats, halves);
+    for (int i = 0; i < 64; ++i)
+        qToLittleEndian(halves[i], tile + 2 * i);
 }
 
 // One 4 x 4 block of `format` into a tile of decompressedFormat pixels.
@@ -308,6 +366,20 @@ void decodeBlock(DdsFormat format, const uchar* block, uchar* tile)
         decodeAlphaBlock(block, tile, 2, 1);
         decodeAlphaBlock(block + 8, tile, 2, 0);
         break;
+    case DdsFormat::BC4S:
+        decodeSignedAlphaBlock(block, tile, 1, 0);
+        break;
+    case DdsFormat::BC5S:
+        decodeSignedAlphaBlock(block, tile, 2, 1);
+        decodeSignedAlphaBlock(block + 8, tile, 2, 0);
+        break;
+    case DdsFormat::BC6HU:
+    case DdsFormat::BC6HS:
+        decodeHalfBlock(block, format == DdsFormat::BC6HS, tile);
+        break;
+    case DdsFormat::BC7:
+        decodeBc7Block(block, tile);
+        break;
     default:
         break;
     }
@@ -319,7 +391,7 @@ void decodeSurface(DdsFormat format, const uchar* source, int width, int height,
 {
     const int blockBytes = ddsFormatBytes(format);
     const int pixelBytes = ddsFormatBytes(decompressedFormat(format));
-    uchar tile[16 * 4];
+    uchar tile[16 * 8]; // up to four half floats a pixel
     for (int blockY = 0; blockY < height; blockY += 4) {
         const int rows = std::min(4, height - blockY);
         for (int blockX = 0; blockX < width; blockX += 4) {
@@ -394,9 +466,15 @@ int ddsFormatBytes(DdsFormat format)
     case DdsFormat::DXT1:
     case DdsFormat::ATI1N:
         return 8;
+    case DdsFormat::BC4S:
+        return 8;
     case DdsFormat::DXT3:
     case DdsFormat::DXT5:
     case DdsFormat::ATI2N:
+    case DdsFormat::BC5S:
+    case DdsFormat::BC6HU:
+    case DdsFormat::BC6HS:
+    case DdsFormat::BC7:
         return 16;
     case DdsFormat::Unknown:
         return 0;
@@ -406,16 +484,16 @@ int ddsFormatBytes(DdsFormat format)
 
 bool isBlockFormat(DdsFormat format)
 {
-    return format >= DdsFormat::DXT1 && format <= DdsFormat::ATI2N;
+    return format >= DdsFormat::DXT1 && format <= DdsFormat::BC7;
 }
 
 const char* ddsFormatName(DdsFormat format)
 {
     static const char* const names[] = {
-        "Unknown", "R8",    "RG8",    "RGB8",     "RGBA8",  "R16",   "RG16",
-        "RGBA16",  "R16F",  "RG16F",  "RGBA16F",  "R32F",   "RG32F", "RGB32F",
-        "RGBA32F", "RGBE8", "RGB9E5", "RG11B10F", "RGB565", "RGBA4", "RGB10A2",
-        "DXT1",    "DXT3",  "DXT5",   "ATI1N",    "ATI2N"};
+        "Unknown", "R8",       "RG8",     "RGB8",  "RGBA8",   "R16",    "RG16",    "RGBA16",
+        "R16F",    "RG16F",    "RGBA16F", "R32F",  "RG32F",   "RGB32F", "RGBA32F", "RGBE8",
+        "RGB9E5",  "RG11B10F", "RGB565",  "RGBA4", "RGB10A2", "DXT1",   "DXT3",    "DXT5",
+        "ATI1N",   "ATI2N",    "BC4S",    "BC5S",  "BC6HU",   "BC6HS",  "BC7"};
     const int index = int(format);
     return index >= 0 && index < int(sizeof names / sizeof names[0]) ? names[index] : "Unknown";
 }
@@ -434,10 +512,15 @@ bool DdsImage::parse(QByteArray bytes)
     const quint32 caps2 = readU32(bytes, 112);
 
     int dataOffset = headerSize;
+    bool blueFirst = false;
+    bool noAlpha = false;
     if (code == fourCc("DX10")) {
         if (bytes.size() < headerSize + dx10HeaderSize)
             return rejectFile(QStringLiteral("truncated DX10 header"));
-        image.format = formatFromDxgi(readU32(bytes, headerSize));
+        const quint32 dxgi = readU32(bytes, headerSize);
+        image.format = formatFromDxgi(dxgi);
+        blueFirst = dxgiBlueFirst(dxgi);
+        noAlpha = dxgiNoAlpha(dxgi);
         dataOffset += dx10HeaderSize;
     } else {
         image.format = formatFromFourCc(code);
@@ -465,8 +548,9 @@ bool DdsImage::parse(QByteArray bytes)
         return rejectFile(QStringLiteral("pixel data shorter than the header claims"));
 
     // Blue in the lowest byte: stored as BGR(A), kept as RGB(A).
-    const bool swapped = (image.format == DdsFormat::RGB8 || image.format == DdsFormat::RGBA8) &&
-                         readU32(bytes, 100) == 255;
+    const bool swapped =
+        blueFirst || ((image.format == DdsFormat::RGB8 || image.format == DdsFormat::RGBA8) &&
+                      code != fourCc("DX10") && readU32(bytes, 100) == 255);
     if (image.depth == 0) {
         // Files hold all levels of one face, then the next face; the level
         // is what GL uploads, so its faces are put side by side.
@@ -495,6 +579,9 @@ bool DdsImage::parse(QByteArray bytes)
     }
     if (swapped)
         image.swapRedBlue();
+    if (noAlpha)
+        for (qint64 alpha = 3; alpha < image.pixels.size(); alpha += 4)
+            image.pixels[alpha] = char(0xFF);
 
     *this = std::move(image);
     return true;

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 class QIODevice;
 
-// Pixel formats of DDS files; the last five are 4 x 4 block formats.
+// Pixel formats of DDS files; the last ten are 4 x 4 block formats.
 enum class DdsFormat
 {
     Unknown = 0,
@@ -32,7 +33,12 @@ enum class DdsFormat
     DXT3,
     DXT5,
     ATI1N,
-    ATI2N
+    ATI2N,
+    BC4S,  // signed ATI1N
+    BC5S,  // signed ATI2N
+    BC6HU, // unsigned half floats
+    BC6HS, // signed half floats
+    BC7
 };
 
 // Bytes of one pixel, or of one 4 x 4 block for block formats.
@@ -70,6 +76,13 @@ public:
 
 // Width and height from a DDS header; (0, 0) unless the bytes start "DDS ".
 bool readDdsSize(const QByteArray& header, int& width, int& height);
+
+// Why uploadDds would refuse this parsed image; empty when it uploads. The
+// answer depends on the driver only for BPTC data, which is decoded here
+// when the driver cannot take it, so it needs no context.
+QString ddsUploadProblem(const DdsImage& image);
+// For tests: upload BPTC data as if the driver lacked it.
+void setBptcUploadDisabled(bool disabled);
 
 // Fill the texture bound to GL_TEXTURE_2D (or the target the image needs)
 // from a whole DDS file; the device is read from its start, and a QBuffer is

@@ -5,7 +5,10 @@
 #include "Log.h"
 
 #include <QIODevice>
+#include <QOpenGLContext>
 #include <QOpenGLFunctions_3_2_Core>
+
+#include <cstring>
 
 #ifndef GL_COMPRESSED_RGB_S3TC_DXT1_EXT
 #define GL_COMPRESSED_RGB_S3TC_DXT1_EXT 0x83F0
@@ -16,6 +19,11 @@
 #ifndef GL_COMPRESSED_RGBA_S3TC_DXT5_EXT
 #define GL_COMPRESSED_RGBA_S3TC_DXT5_EXT 0x83F3
 #endif
+#ifndef GL_COMPRESSED_RGBA_BPTC_UNORM
+#define GL_COMPRESSED_RGBA_BPTC_UNORM 0x8E8C
+#define GL_COMPRESSED_RGB_BPTC_SIGNED_FLOAT 0x8E8E
+#define GL_COMPRESSED_RGB_BPTC_UNSIGNED_FLOAT 0x8E8F
+#endif
 
 namespace {
 struct GlFormat
@@ -24,6 +32,8 @@ struct GlFormat
     GLenum pixelFormat = 0;
     GLenum type = 0;
 };
+
+bool bptcDisabled = false;
 
 GlFormat glFormatFor(DdsFormat format)
 {
@@ -34,6 +44,8 @@ GlFormat glFormatFor(DdsFormat format)
         return {GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE};
     case DdsFormat::RGBA16:
         return {GL_RGBA16, GL_RGBA, GL_UNSIGNED_SHORT};
+    case DdsFormat::RGBA16F:
+        return {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT};
     case DdsFormat::RGB32F:
         return {GL_RGB32F, GL_RGB, GL_FLOAT};
     case DdsFormat::RGBA32F:
@@ -44,9 +56,41 @@ GlFormat glFormatFor(DdsFormat format)
         return {GL_COMPRESSED_RGBA_S3TC_DXT3_EXT, 0, 0};
     case DdsFormat::DXT5:
         return {GL_COMPRESSED_RGBA_S3TC_DXT5_EXT, 0, 0};
+    case DdsFormat::ATI1N:
+        return {GL_COMPRESSED_RED_RGTC1, 0, 0};
+    case DdsFormat::ATI2N:
+        return {GL_COMPRESSED_RG_RGTC2, 0, 0};
+    case DdsFormat::BC4S:
+        return {GL_COMPRESSED_SIGNED_RED_RGTC1, 0, 0};
+    case DdsFormat::BC5S:
+        return {GL_COMPRESSED_SIGNED_RG_RGTC2, 0, 0};
+    case DdsFormat::BC6HU:
+        return {GL_COMPRESSED_RGB_BPTC_UNSIGNED_FLOAT, 0, 0};
+    case DdsFormat::BC6HS:
+        return {GL_COMPRESSED_RGB_BPTC_SIGNED_FLOAT, 0, 0};
+    case DdsFormat::BC7:
+        return {GL_COMPRESSED_RGBA_BPTC_UNORM, 0, 0};
     default:
         return {};
     }
+}
+
+bool isBptc(DdsFormat format)
+{
+    return format == DdsFormat::BC6HU || format == DdsFormat::BC6HS || format == DdsFormat::BC7;
+}
+
+// BPTC is core from GL 4.2 and an extension before it.
+bool driverHasBptc()
+{
+    if (bptcDisabled)
+        return false;
+    const QOpenGLContext* context = QOpenGLContext::currentContext();
+    if (!context)
+        return false;
+    const QSurfaceFormat format = context->format();
+    return format.version() >= qMakePair(4, 2) ||
+           context->hasExtension(QByteArrayLiteral("GL_ARB_texture_compression_bptc"));
 }
 
 bool needsUnpacking(DdsFormat format)
@@ -71,9 +115,9 @@ bool parseDevice(QIODevice* device, DdsImage& image)
     return image.parse(takeWholeDevice(device));
 }
 
-// Formats the driver is not given (single- and two-channel, half floats,
-// ATI, the shared-exponent pair unpack cannot widen) fail the one texture,
-// which then falls back to the placeholder.
+// Formats that cannot be put into a form the driver takes (the two
+// shared-exponent formats unpack cannot widen) fail the one texture, which
+// then falls back to the placeholder.
 bool refuseFormat(DdsFormat format)
 {
     Log::log(QStringLiteral("No OpenGL upload for DDS texture format ") +
@@ -137,12 +181,14 @@ void uploadSurface(QOpenGLFunctions_3_2_Core* gl, GLenum target, int level, cons
     }
 }
 
-// The merge writes every level with glCompressedTexImage2D, so only plain 2D
-// images in the DXT formats can take part.
+// The merge writes every level with glCompressedTexImage2D as the file has
+// it, so only plain 2D images in the S3TC formats, and BPTC where the driver
+// takes it, can take part.
 bool mergeable(const DdsImage& image)
 {
-    return image.depth == 1 && isBlockFormat(image.format) &&
-           glFormatFor(image.format).internalFormat != 0;
+    const bool s3tc = image.format == DdsFormat::DXT1 || image.format == DdsFormat::DXT3 ||
+                      image.format == DdsFormat::DXT5;
+    return image.depth == 1 && (s3tc || (isBptc(image.format) && driverHasBptc()));
 }
 
 void uploadCompressedLevel(QOpenGLFunctions_3_2_Core* gl, int glLevel, const DdsImage& image,
@@ -154,19 +200,40 @@ void uploadCompressedLevel(QOpenGLFunctions_3_2_Core* gl, int glLevel, const Dds
                                image.levelWidth(level), image.levelHeight(level), 0, GLsizei(size),
                                image.pixels.constData() + offset);
 }
-} // namespace
 
-bool uploadDds(QIODevice* device)
+// Puts the image into the form the driver is given: packed pixels and
+// one- or two-channel data widened to 8-bit RGBA, BPTC decoded when the
+// driver lacks it, the two-channel RGTC blocks' halves exchanged (the file
+// stores the second channel first, GL reads the first block as red).
+bool prepareForUpload(DdsImage& image)
 {
-    QOpenGLFunctions_3_2_Core* gl = glFunctions();
-    DdsImage image;
-    if (!gl || !parseDevice(device, image))
-        return false;
-    if (needsUnpacking(image.format) && !(image.unpack() && image.toRgba8()))
-        return refuseFormat(image.format);
+    if (needsUnpacking(image.format))
+        return image.unpack() && image.toRgba8();
+    if (isBptc(image.format) && !driverHasBptc())
+        return image.decompress();
+    if (image.format == DdsFormat::ATI2N || image.format == DdsFormat::BC5S) {
+        char* data = image.pixels.data();
+        for (qint64 block = 0; block + 16 <= image.pixels.size(); block += 16) {
+            char first[8];
+            std::memcpy(first, data + block, 8);
+            std::memmove(data + block, data + block + 8, 8);
+            std::memcpy(data + block + 8, first, 8);
+        }
+        return true;
+    }
+    if (glFormatFor(image.format).internalFormat == 0)
+        return image.toRgba8();
+    return true;
+}
+
+bool uploadImage(QOpenGLFunctions_3_2_Core* gl, DdsImage& image)
+{
+    const DdsFormat fileFormat = image.format;
+    if (!prepareForUpload(image))
+        return refuseFormat(fileFormat);
     const GlFormat glFormat = glFormatFor(image.format);
     if (glFormat.internalFormat == 0)
-        return refuseFormat(image.format);
+        return refuseFormat(fileFormat);
 
     const GLenum target = targetFor(image);
     const TightUnpacking unpacking(gl);
@@ -186,6 +253,50 @@ bool uploadDds(QIODevice* device)
     return true;
 }
 
+// Why the two files cannot make one chain; empty when they can.
+QString mergeProblem(const DdsImage& regular, const DdsImage& hd)
+{
+    if (!mergeable(regular))
+        return QStringLiteral("the regular texture is %1, not block-compressed data the driver "
+                              "takes as it is")
+            .arg(QLatin1String(ddsFormatName(regular.format)));
+    if (hd.format != regular.format)
+        return QStringLiteral("its format %1 differs from the regular texture's %2")
+            .arg(QLatin1String(ddsFormatName(hd.format)),
+                 QLatin1String(ddsFormatName(regular.format)));
+    if (!mergeable(hd))
+        return QStringLiteral("it is not a plain 2D texture");
+    return QString();
+}
+} // namespace
+
+void setBptcUploadDisabled(bool disabled)
+{
+    bptcDisabled = disabled;
+}
+
+QString ddsUploadProblem(const DdsImage& image)
+{
+    switch (image.format) {
+    case DdsFormat::RGB9E5:
+    case DdsFormat::RG11B10F:
+    case DdsFormat::Unknown:
+        return QStringLiteral("no OpenGL upload for DDS texture format ") +
+               QLatin1String(ddsFormatName(image.format));
+    default:
+        return QString();
+    }
+}
+
+bool uploadDds(QIODevice* device)
+{
+    QOpenGLFunctions_3_2_Core* gl = glFunctions();
+    DdsImage image;
+    if (!gl || !parseDevice(device, image))
+        return false;
+    return uploadImage(gl, image);
+}
+
 bool uploadDdsWithHd(QIODevice* device, QIODevice* hdDevice)
 {
     if (!hdDevice)
@@ -201,23 +312,25 @@ bool uploadDdsWithHd(QIODevice* device, QIODevice* hdDevice)
         Log::log(QStringLiteral("HD texture has mip maps, this texture should only contain base "
                                 "level 0 and no further mip maps."),
                  Log::Warning);
-    const bool skipped = hd.width <= regular.width || hd.height <= regular.height;
-    if (skipped) {
+    if (hd.width <= regular.width || hd.height <= regular.height) {
         Log::log(QStringLiteral("Regular texture is the same size(or larger) than the HD "
                                 "texture, skipping HD texture."),
                  Log::Warning);
-        --levels;
+        return uploadImage(gl, regular);
     }
 
-    if (!mergeable(regular))
-        return refuseFormat(regular.format);
-    if (!skipped && !mergeable(hd))
-        return refuseFormat(hd.format);
+    // A texture the modder saved in another form still shows: the regular
+    // file alone, never black.
+    const QString problem = mergeProblem(regular, hd);
+    if (!problem.isEmpty()) {
+        Log::log(QStringLiteral("HD texture not merged, the regular texture is shown alone: ") +
+                     problem,
+                 Log::Warning);
+        return uploadImage(gl, regular);
+    }
 
     for (int level = 0; level < levels; ++level) {
-        if (skipped)
-            uploadCompressedLevel(gl, level, regular, level);
-        else if (level == 0)
+        if (level == 0)
             uploadCompressedLevel(gl, 0, hd, 0);
         else
             uploadCompressedLevel(gl, level, regular, level - 1);

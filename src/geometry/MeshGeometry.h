@@ -14,14 +14,14 @@
 struct MeshGeometry
 {
     QString name;
-    QVector<Vector3> boneWeights;               // "xyznuviiiwwtb" only
-    QVector<std::array<quint8, 3>> boneIndices; // "xyznuviiiwwtb" only
+    QVector<Vector3> boneWeights;               // skinned formats only
+    QVector<std::array<quint8, 3>> boneIndices; // skinned formats only
     QVector<Vector3> positions;
     QVector<Vector3> normals;
     QVector<Vector2> uvs;
     QVector<Vector3> tangents;  // the formats with a tangent frame only
     QVector<Vector3> binormals; // the same
-    QVector<Vector2> uv2s;      // "xyznuvtb" with a uv2 stream
+    QVector<Vector2> uv2s;      // from the records or a uv2 stream
     QVector<quint16> indices16; // always, low 16 bits of each index
     QVector<quint32> indices32; // 32-bit index chunks only
     quint32 triangleCount = 0;

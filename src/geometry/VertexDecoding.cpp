@@ -30,6 +30,20 @@ enum class VectorCoding
     UnsignedBytes // x, y, z bytes over -1..1
 };
 
+// How a record stores its bones.
+enum class BoneCoding
+{
+    None,
+    // Three index bytes, then two weight bytes, in file order.
+    FileOrder,
+    // A word of three index bytes and a pad, reversed and each index
+    // multiplied by 3; and (weights) a word of two weight bytes and two
+    // pads, reversed.
+    ReversedWords,
+    // One float: the one bone the vertex follows in full.
+    SingleFloat
+};
+
 // Where each field of a record lies; -1 for a field the format lacks.
 struct RecordLayout
 {
@@ -39,18 +53,37 @@ struct RecordLayout
     int stride;
     VectorCoding coding;
     int uv;
+    int uv2;
     int tangent;
     int binormal;
-    int bones; // three index bytes, then two weight bytes
+    BoneCoding boneCoding;
+    int bones;   // the bone indices
+    int weights; // the weights (FileOrder and ReversedWords)
 };
+
+constexpr VectorCoding Floats = VectorCoding::Floats;
+constexpr VectorCoding Packed = VectorCoding::PackedWord;
+constexpr VectorCoding Bytes = VectorCoding::UnsignedBytes;
+constexpr BoneCoding NoBones = BoneCoding::None;
+constexpr BoneCoding Reversed = BoneCoding::ReversedWords;
+constexpr BoneCoding OneFloat = BoneCoding::SingleFloat;
 
 // clang-format off
 constexpr RecordLayout recordLayouts[] = {
-    {VertexFormat::XyzNuv,        "xyznuv",          false, 32, VectorCoding::Floats,        24, -1, -1, -1},
-    {VertexFormat::XyzNuvTb,      "xyznuvtb",        false, 32, VectorCoding::PackedWord,    16, 24, 28, -1},
-    {VertexFormat::XyzNuvIiiWwTb, "xyznuviiiwwtb",   false, 37, VectorCoding::PackedWord,    16, 29, 33, 24},
-    {VertexFormat::XyzNuvPc,      "set3/xyznuvpc",   true,  24, VectorCoding::UnsignedBytes, 16, -1, -1, -1},
-    {VertexFormat::XyzNuvTbPc,    "set3/xyznuvtbpc", true,  32, VectorCoding::UnsignedBytes, 16, 24, 28, -1},
+    // format                        name                     proc. stride coding  uv  uv2 tan bin  bones                 at  wts
+    {VertexFormat::XyzNuv,          "xyznuv",                false, 32, Floats, 24, -1, -1, -1, NoBones,              -1, -1},
+    {VertexFormat::XyzNuvTb,        "xyznuvtb",              false, 32, Packed, 16, -1, 24, 28, NoBones,              -1, -1},
+    {VertexFormat::XyzNuvIiiWwTb,   "xyznuviiiwwtb",         false, 37, Packed, 16, -1, 29, 33, BoneCoding::FileOrder, 24, 27},
+    {VertexFormat::XyzNuvPc,        "set3/xyznuvpc",         true,  24, Bytes,  16, -1, -1, -1, NoBones,              -1, -1},
+    {VertexFormat::XyzNuvTbPc,      "set3/xyznuvtbpc",       true,  32, Bytes,  16, -1, 24, 28, NoBones,              -1, -1},
+    {VertexFormat::XyzNuvIiiWwPc,   "set3/xyznuviiiwwpc",    true,  32, Bytes,  16, -1, -1, -1, Reversed,             24, 28},
+    {VertexFormat::XyzNuvIiiWwTbPc, "set3/xyznuviiiwwtbpc",  true,  40, Bytes,  16, -1, 32, 36, Reversed,             24, 28},
+    {VertexFormat::XyzNuvIPc,       "set3/xyznuvipc",        true,  28, Bytes,  16, -1, -1, -1, OneFloat,             24, -1},
+    {VertexFormat::XyzNuvITbPc,     "set3/xyznuvitbpc",      true,  36, Bytes,  16, -1, 28, 32, OneFloat,             24, -1},
+    {VertexFormat::XyzNuv2Pc,       "set3/xyznuv2pc",        true,  32, Bytes,  16, 24, -1, -1, NoBones,              -1, -1},
+    {VertexFormat::XyzNuv2TbPc,     "set3/xyznuv2tbpc",      true,  40, Bytes,  16, 24, 32, 36, NoBones,              -1, -1},
+    {VertexFormat::XyzNuv2IPc,      "set3/xyznuv2ipc",       true,  36, Bytes,  16, 24, -1, -1, OneFloat,             32, -1},
+    {VertexFormat::XyzNuv2ITbPc,    "set3/xyznuv2itbpc",     true,  44, Bytes,  16, 24, 36, 40, OneFloat,             32, -1},
 };
 // clang-format on
 
@@ -135,11 +168,50 @@ struct DecodedVertex
     Vector3 position{};
     Vector3 normal{};
     Vector2 uv{};
+    Vector2 uv2{};
     Vector3 tangent{};
     Vector3 binormal{};
     Vector3 weights{};
     std::array<quint8, 3> bones{};
 };
+
+quint8 byteAt(const char* record, int offset)
+{
+    return quint8(record[offset]);
+}
+
+void decodeBones(const RecordLayout& layout, const char* record, DecodedVertex& vertex)
+{
+    switch (layout.boneCoding) {
+    case BoneCoding::None:
+        return;
+    case BoneCoding::FileOrder: {
+        for (int i = 0; i < 3; ++i)
+            vertex.bones[size_t(i)] = byteAt(record, layout.bones + i);
+        const float w0 = float(byteAt(record, layout.weights)) * ByteScale;
+        const float w1 = float(byteAt(record, layout.weights + 1)) * ByteScale;
+        vertex.weights = {w0, w1, 1.0f - w0 - w1};
+        return;
+    }
+    case BoneCoding::ReversedWords: {
+        // Byte 0 is the pad; bytes 3, 2, 1 are the first to third index.
+        for (int i = 0; i < 3; ++i)
+            vertex.bones[size_t(i)] = quint8(byteAt(record, layout.bones + 3 - i) / 3);
+        const float w0 = float(byteAt(record, layout.weights + 3)) * ByteScale;
+        const float w1 = float(byteAt(record, layout.weights + 2)) * ByteScale;
+        vertex.weights = {w0, w1, 1.0f - w0 - w1};
+        return;
+    }
+    case BoneCoding::SingleFloat: {
+        const float index = floatAt(record + layout.bones);
+        // NaN and out-of-range values fall to bone 0 rather than to
+        // undefined conversions.
+        vertex.bones[0] = index >= 0.0f && index <= 255.0f ? quint8(index) : 0;
+        vertex.weights = {1.0f, 0.0f, 0.0f};
+        return;
+    }
+    }
+}
 
 DecodedVertex decodeRecord(const RecordLayout& layout, const char* record)
 {
@@ -147,36 +219,48 @@ DecodedVertex decodeRecord(const RecordLayout& layout, const char* record)
     vertex.position = mirrored(floatsAt(record));
     vertex.normal = mirrored(vectorAt(layout.coding, record + 12));
     vertex.uv = {floatAt(record + layout.uv), floatAt(record + layout.uv + 4)};
+    if (layout.uv2 >= 0)
+        vertex.uv2 = {floatAt(record + layout.uv2), floatAt(record + layout.uv2 + 4)};
     if (layout.tangent >= 0) {
         vertex.tangent = mirrored(vectorAt(layout.coding, record + layout.tangent));
         vertex.binormal = mirrored(vectorAt(layout.coding, record + layout.binormal));
     }
-    if (layout.bones >= 0) {
-        for (int i = 0; i < 3; ++i)
-            vertex.bones[size_t(i)] = quint8(record[layout.bones + i]);
-        const float w0 = float(quint8(record[layout.bones + 3])) * ByteScale;
-        const float w1 = float(quint8(record[layout.bones + 4])) * ByteScale;
-        vertex.weights = {w0, w1, 1.0f - w0 - w1};
-    }
+    decodeBones(layout, record, vertex);
     return vertex;
 }
 
+bool skinned(const RecordLayout& layout)
+{
+    return layout.boneCoding != BoneCoding::None;
+}
+
+bool layoutHasSecondUv(const RecordLayout& layout, bool withStream)
+{
+    return layout.uv2 >= 0 || (withStream && takesUvStream(layout.format));
+}
+
+// Tangent and binormal are in the GL layout of every format but the
+// plainest: the shaders of the richer layouts expect them in place.
+bool layoutHasTangents(const RecordLayout& layout, bool withStream)
+{
+    return layout.tangent >= 0 || skinned(layout) || layoutHasSecondUv(layout, withStream);
+}
+
 // Writes one interleaved vertex in the order of glVertexLayout.
-float* writeVertex(float* output, const RecordLayout& layout, const DecodedVertex& vertex,
-                   const Vector2* secondUv)
+void writeVertex(float* output, const RecordLayout& layout, const DecodedVertex& vertex,
+                 const Vector2* secondUv)
 {
     output = put(output, vertex.position);
     output = put(output, vertex.normal);
     output = put(output, vertex.uv);
-    if (layout.tangent < 0)
-        return output;
+    if (!layoutHasTangents(layout, secondUv != nullptr))
+        return;
     output = put(output, vertex.tangent);
     output = put(output, vertex.binormal);
-    if (layout.bones >= 0)
-        return put(output, vertex.weights);
+    if (skinned(layout))
+        output = put(output, vertex.weights);
     if (secondUv)
-        output = put(output, *secondUv);
-    return output;
+        put(output, *secondUv);
 }
 
 void appendToGeometry(MeshGeometry& geometry, const RecordLayout& layout,
@@ -189,7 +273,9 @@ void appendToGeometry(MeshGeometry& geometry, const RecordLayout& layout,
         geometry.tangents.append(vertex.tangent);
         geometry.binormals.append(vertex.binormal);
     }
-    if (layout.bones >= 0) {
+    if (layout.uv2 >= 0)
+        geometry.uv2s.append(vertex.uv2);
+    if (skinned(layout)) {
         geometry.boneWeights.append(vertex.weights);
         geometry.boneIndices.append(vertex.bones);
     }
@@ -259,10 +345,26 @@ bool hasTangents(VertexFormat format)
     return layout && layout->tangent >= 0;
 }
 
+bool isSkinned(VertexFormat format)
+{
+    const RecordLayout* layout = layoutOf(format);
+    return layout && skinned(*layout);
+}
+
+bool hasOwnSecondUv(VertexFormat format)
+{
+    const RecordLayout* layout = layoutOf(format);
+    return layout && layout->uv2 >= 0;
+}
+
 bool takesUvStream(VertexFormat format)
 {
     const RecordLayout* layout = layoutOf(format);
-    return layout && layout->tangent >= 0 && layout->bones < 0;
+    if (!layout)
+        return false;
+    if (layout->processed)
+        return layout->uv2 < 0;
+    return layout->tangent >= 0 && !skinned(*layout);
 }
 
 Vector3 decodePackedVector(quint32 word)
@@ -292,13 +394,13 @@ QList<VertexAttribute*> glVertexLayout(VertexFormat format, bool withStream)
     list << attribute(VertexAttribute::Float3, SlotPosition)
          << attribute(VertexAttribute::Float3, SlotNormal)
          << attribute(VertexAttribute::Float2, SlotTexCoord0);
-    if (layout->tangent < 0)
+    if (!layoutHasTangents(*layout, withStream))
         return list;
     list << attribute(VertexAttribute::Float3, SlotTangent)
          << attribute(VertexAttribute::Float3, SlotBinormal);
-    if (layout->bones >= 0)
+    if (skinned(*layout))
         list << attribute(VertexAttribute::Float3, SlotGeneric0);
-    else if (withStream)
+    if (layoutHasSecondUv(*layout, withStream))
         list << attribute(VertexAttribute::Float2, SlotTexCoord1);
     return list;
 }
@@ -308,11 +410,9 @@ int glFloatsPerVertex(VertexFormat format, bool withStream)
     const RecordLayout* layout = layoutOf(format);
     if (!layout)
         return 0;
-    if (layout->tangent < 0)
+    if (!layoutHasTangents(*layout, withStream))
         return 8;
-    if (layout->bones >= 0)
-        return 17;
-    return withStream ? 16 : 14;
+    return 14 + (skinned(*layout) ? 3 : 0) + (layoutHasSecondUv(*layout, withStream) ? 2 : 0);
 }
 
 bool readVertexChunkHeader(const QByteArray& chunkBytes, VertexChunkHeader& header)
@@ -371,7 +471,9 @@ bool decodeVertices(const VertexChunkHeader& header, const QByteArray& chunkByte
     for (quint32 i = 0; i < present; ++i) {
         const DecodedVertex vertex = decodeRecord(*layout, records + qint64(i) * layout->stride);
         const Vector2* secondUv = nullptr;
-        if (withStream)
+        if (layout->uv2 >= 0)
+            secondUv = &vertex.uv2;
+        else if (withStream)
             secondUv = i < quint32(stream.size()) ? &stream[int(i)] : &noUv;
         writeVertex(output + qint64(i) * floatsPerVertex, *layout, vertex, secondUv);
         appendToGeometry(geometry, *layout, vertex);

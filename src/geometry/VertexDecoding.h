@@ -17,8 +17,19 @@ enum class VertexFormat
     XyzNuv,        // "xyznuv", 32 bytes a record
     XyzNuvTb,      // "xyznuvtb", 32 bytes
     XyzNuvIiiWwTb, // "xyznuviiiwwtb", 37 bytes
-    XyzNuvPc,      // "set3/xyznuvpc" of processed chunks, 24 bytes
-    XyzNuvTbPc     // "set3/xyznuvtbpc" of processed chunks, 32 bytes
+    // The "set3/..." formats of processed chunks: position, byte-vector
+    // normal, uv, then a second uv ("uv2"), bone indices ("iii": bytes,
+    // "i": one float), bone weights ("ww"), tangent and binormal ("tb").
+    XyzNuvPc,        // 24 bytes
+    XyzNuvTbPc,      // 32
+    XyzNuvIiiWwPc,   // 32
+    XyzNuvIiiWwTbPc, // 40
+    XyzNuvIPc,       // 28
+    XyzNuvITbPc,     // 36
+    XyzNuv2Pc,       // 32
+    XyzNuv2TbPc,     // 40
+    XyzNuv2IPc,      // 36
+    XyzNuv2ITbPc     // 44
 };
 
 // The format named by a vertex chunk's 64-byte header, compared in lower case.
@@ -35,12 +46,22 @@ Vector3 decodePackedVector(quint32 word);
 // mapped from 0..255 onto -1..1; byte 3 is unused. No mirroring here.
 Vector3 decodeByteVector(quint32 word);
 
-// The GL attribute layout of a format (new objects for the caller to own);
-// the second uv only for the tangent formats without bones, with a stream.
+// True for the formats that carry bone indices and weights.
+bool isSkinned(VertexFormat format);
+// True for the formats whose records hold a second uv.
+bool hasOwnSecondUv(VertexFormat format);
+
+// The GL attribute layout of a format (new objects for the caller to own):
+// position, normal, uv; then tangent and binormal (zero where the records
+// have none) for every format with tangents, bones or a second uv; then the
+// bone weights of a skinned format; then the second uv, from the records
+// or from a stream.
 QList<VertexAttribute*> glVertexLayout(VertexFormat format, bool withStream);
 // Floats per interleaved GL vertex of that layout.
 int glFloatsPerVertex(VertexFormat format, bool withStream);
-// Whether a uv2 stream goes into the layout of this format.
+// Whether a uv2 stream goes into the layout of this format: the plain
+// tangent format without bones, and every processed format without a
+// second uv of its own.
 bool takesUvStream(VertexFormat format);
 
 // The header of a vertex chunk. A plain chunk has a 64-byte format name and

@@ -261,7 +261,7 @@ RenderGeometry* Visual::buildGeometry(PrimitiveParser* parser, const QDomElement
         return nullptr;
 
     QByteArray streamBytes;
-    if (streamName == QLatin1String("uv2")) {
+    if (streamName == QLatin1String("uv2") && readsUvStream()) {
         if (const PrimitiveChunk* stream = parser->chunk(QStringLiteral("uv2")))
             streamBytes = stream->data;
         else

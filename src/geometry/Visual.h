@@ -105,6 +105,9 @@ protected:
     // The material pair of one primitive group from its material element;
     // a subclass reads its own kind of material.
     virtual QList<Material*> groupMaterials(const QDomElement& material, bool perTankTextures);
+    // Whether a geometry's "uv2" stream is looked up (and missed with a
+    // warning); a model that never shows textures has no use for it.
+    virtual bool readsUvStream() const { return true; }
     // Node trees deeper than this are cut with a warning.
     static constexpr int MaxNodeDepth = 64;
 };

@@ -295,19 +295,30 @@ bool TankLoader::loadState(int state)
         return false;
     const Turret* turretRecord = chooser->currentTurret();
     const Gun* gunRecord = turretRecord ? turretRecord->gun(chooser->currentGunName) : nullptr;
-    return turretRecord && gunRecord && loadTurretAndGun(state, *turretRecord, *gunRecord);
+    if (turretRecord && gunRecord && !loadTurretAndGun(state, *turretRecord, *gunRecord))
+        logMissingTurretOrGun(state);
+    return turretRecord && gunRecord;
 }
 
+// The gun sits on the turret's joint: without the turret it is not loaded.
+// A part that fails is emptied again, so that nothing half-built is drawn.
 bool TankLoader::loadTurretAndGun(int state, const Turret& turretRecord, const Gun& gunRecord)
 {
     const bool destroyed = state == Destroyed;
     loadedState = state;
-    return mesh(TurretPart, state)
-               ->load(destroyed ? turretRecord.destroyedModel : turretRecord.undamagedModel,
-                      turretRecord.position, TankMesh::Turret, true) &&
-           mesh(GunPart, state)
-               ->load(destroyed ? gunRecord.destroyedModel : gunRecord.undamagedModel,
-                      turretRecord.gunPosition, TankMesh::Gun, true);
+    if (!mesh(TurretPart, state)
+             ->load(destroyed ? turretRecord.destroyedModel : turretRecord.undamagedModel,
+                    turretRecord.position, TankMesh::Turret, true)) {
+        partMesh(TurretPart, state)->unload();
+        return false;
+    }
+    if (!mesh(GunPart, state)
+             ->load(destroyed ? gunRecord.destroyedModel : gunRecord.undamagedModel,
+                    turretRecord.gunPosition, TankMesh::Gun, true)) {
+        partMesh(GunPart, state)->unload();
+        return false;
+    }
+    return true;
 }
 
 bool TankLoader::loadCollisionState()
@@ -316,18 +327,38 @@ bool TankLoader::loadCollisionState()
         return true;
     const Turret* turretRecord = chooser->currentTurret();
     loadedState = Collision;
-    return collision->load(ChassisPart, vehicle.chassis.collisionModel, {0, 0, 0}) &&
-           collision->load(HullPart, vehicle.hull.collisionModel, vehicle.hullPosition) &&
-           turretRecord && loadCollisionTurretAndGun(*turretRecord);
+    if (!collision->load(ChassisPart, vehicle.chassis.collisionModel, {0, 0, 0}) ||
+        !collision->load(HullPart, vehicle.hull.collisionModel, vehicle.hullPosition) ||
+        !turretRecord)
+        return false;
+    if (!loadCollisionTurretAndGun(*turretRecord))
+        logMissingTurretOrGun(Collision);
+    return true;
 }
 
 bool TankLoader::loadCollisionTurretAndGun(const Turret& turretRecord)
 {
     const Gun* gunRecord = turretRecord.gun(chooser->currentGunName);
     loadedState = Collision;
-    return gunRecord &&
-           collision->load(TurretPart, turretRecord.collisionModel, turretRecord.position) &&
-           collision->load(GunPart, gunRecord->collisionModel, turretRecord.gunPosition);
+    if (!gunRecord)
+        return false;
+    if (!collision->load(TurretPart, turretRecord.collisionModel, turretRecord.position)) {
+        partMesh(TurretPart, Collision)->unload();
+        return false;
+    }
+    if (!collision->load(GunPart, gunRecord->collisionModel, turretRecord.gunPosition)) {
+        partMesh(GunPart, Collision)->unload();
+        return false;
+    }
+    return true;
+}
+
+void TankLoader::logMissingTurretOrGun(int state)
+{
+    Log::log(QStringLiteral("The turret or gun of state %1 did not load: the vehicle is shown "
+                            "without it")
+                 .arg(state),
+             Log::Warning);
 }
 
 void TankLoader::readArmor()
@@ -401,14 +432,12 @@ void TankLoader::loadTurretGun(const QString& turretName, const QString& gunName
         partMesh(TurretPart, state)->unload();
         partMesh(GunPart, state)->unload();
     }
-    bool fitted = true;
-    for (int state = 0; fitted && state < MeshStates; ++state)
-        fitted = loadTurretAndGun(state, turretRecord, gunCopy);
-    if (fitted && collision)
-        fitted = loadCollisionTurretAndGun(turretRecord);
-    // A vehicle without its turret or gun is not drawn.
-    if (!fitted)
-        abandonLoad();
+    // A turret or gun that fails costs itself: chassis and hull stay.
+    for (int state = 0; state < MeshStates; ++state)
+        if (!loadTurretAndGun(state, turretRecord, gunCopy))
+            logMissingTurretOrGun(state);
+    if (collision && !loadCollisionTurretAndGun(turretRecord))
+        logMissingTurretOrGun(Collision);
     readArmor();
     const Mesh* turretMesh = partMesh(TurretPart, damageMode);
     const Mesh* gunMesh = partMesh(GunPart, damageMode);

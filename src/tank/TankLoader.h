@@ -159,6 +159,7 @@ private:
     bool loadCollisionTurretAndGun(const Turret& turretRecord);
     void readArmor();
     bool loadTurretAndGun(int state, const Turret& turretRecord, const Gun& gunRecord);
+    void logMissingTurretOrGun(int state);
     void loadExclusionMasks();
     // Unloads what a failed load left, so that nothing half-built is drawn.
     void abandonLoad();

@@ -221,6 +221,15 @@ TEST_F(DatabaseTest, MissingOrBrokenListsCostTheTableOrTheNation)
     EXPECT_EQ(column(everything(), 1), QStringList(3, "ardenia"));
     EXPECT_FALSE(startupErrorPending());
 
+    // A list in the mod folder comes before the loose one, as every resource.
+    GameTree mods(false);
+    settings.modPath = mods.path();
+    mods.writeFile("scripts/item_defs/vehicles/borvia/list.xml",
+                   "<list.xml>" + vehicle("B03_Kestrel", "3", "lightTank") + "</list.xml>");
+    database->rebuildDatabase();
+    EXPECT_EQ(column(everything(), 1), (QStringList{"ardenia", "ardenia", "ardenia", "borvia"}));
+    settings.modPath.clear();
+
     // Without item_types.xml there is no table, and the user is told.
     const QString itemTypes = game.path() + "/res/scripts/item_defs/item_types.xml";
     QFile::remove(itemTypes);
@@ -245,6 +254,34 @@ TEST_F(DatabaseTest, MissingOrBrokenListsCostTheTableOrTheNation)
     database->rebuildDatabase();
     EXPECT_TRUE(log.contains("[Error] Could not open tank list file."));
     EXPECT_TRUE(takeStartupError().contains("Could not open tank list file."));
+}
+
+// Nations the tank list does not name are found wherever their list is, in
+// name order after the named ones; their model folder comes from their
+// vehicles' own model paths. A nation whose vehicles name none is skipped.
+TEST_F(DatabaseTest, NationsBeyondTheTankListFollowIt)
+{
+    writeList("zemlia", vehicle("Z01_Tractor", "2", "lightTank"));
+    game.writeFile("res/scripts/item_defs/vehicles/zemlia/z01_tractor.xml",
+                   "<z01_tractor.xml><hull><models><undamaged>vehicles/Zemlia/Z01_Tractor/normal/"
+                   "lod0/Hull.model</undamaged></models></hull></z01_tractor.xml>");
+    GameTree mods(false);
+    settings.modPath = mods.path();
+    mods.writeFile("scripts/item_defs/vehicles/avalon/list.xml",
+                   "<list.xml>" + vehicle("V01_Ghost", "1", "lightTank") + "</list.xml>");
+    game.writeFile("res/scripts/item_defs/vehicles/empty/readme.txt", "no list here");
+    database->rebuildDatabase();
+    settings.modPath.clear();
+
+    EXPECT_TRUE(log.contains("[Info] Found 2 nations not in tank_list.cfg: avalon, zemlia"));
+    EXPECT_TRUE(log.contains("[Warning] No vehicle of nation avalon names its model folder"));
+    const Rows rows = everything();
+    EXPECT_EQ(
+        column(rows, Database::NationColumn),
+        (QStringList{"ardenia", "ardenia", "ardenia", "borvia", "borvia", "borvia", "zemlia"}));
+    EXPECT_EQ(rows.last().value(Database::PathColumn), "vehicles/Zemlia/Z01_Tractor");
+    EXPECT_EQ(database->tankDirectory(rows.last().value(Database::TranslatedNameColumn)),
+              "vehicles/Zemlia/Z01_Tractor");
 }
 
 // The sample installation: packed and plain lists, loose and archived, and

@@ -120,6 +120,37 @@ TEST_F(FileManagerTest, ArchiveListComesFromZipElementsAndSkipsBadArchives)
     }
 }
 
+// Archives the list does not name are opened after the listed ones, in
+// name order, and the log says which.
+TEST_F(FileManagerTest, ArchivesBeyondTheListFollowItInNameOrder)
+{
+    for (const char* name : {"b.pkg", "c.pkg", "a.pkg"})
+        ZipBuilder()
+            .add("all.txt", name)
+            .add(QByteArray("only_") + name, name)
+            .writeTo(game.packagePath(name));
+    game.writeFile("res/packages/readme.txt", "not an archive");
+    root.writeResources({"c.pkg", "gone.pkg"});
+    files.loadZipFiles();
+    EXPECT_EQ(files.archiveCount(), 3);
+    EXPECT_EQ(files.unlistedArchives, (QStringList{"a.pkg", "b.pkg"}));
+    EXPECT_TRUE(log.contains("[Info] Found 2 archives not in resources.cfg: a.pkg, b.pkg"));
+    auto content = [this](const QString& name) {
+        std::unique_ptr<QIODevice> device(files.getFile(name));
+        return device ? device->readAll() : QByteArray();
+    };
+    EXPECT_EQ(content("all.txt"), "c.pkg");
+    EXPECT_EQ(content("only_b.pkg"), "b.pkg");
+
+    // With no archive left out, nothing is said.
+    log.lines.clear();
+    root.writeResources({"a.pkg", "b.pkg", "c.pkg"});
+    files.loadZipFiles();
+    EXPECT_TRUE(files.unlistedArchives.isEmpty());
+    EXPECT_TRUE(log.lines.filter("Found").isEmpty());
+    EXPECT_EQ(content("all.txt"), "a.pkg");
+}
+
 // A member whose data ends before its recorded size must not be read past
 // the archive: the bytes that exist are handed out with "Size mismatch",
 // as a closing box or as the failure handed back to the caller.

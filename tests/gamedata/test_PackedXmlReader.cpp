@@ -13,6 +13,7 @@
 
 #include <cfloat>
 #include <cstring>
+#include <limits>
 #include <tuple>
 
 namespace {
@@ -246,13 +247,21 @@ TEST(PackedXmlReaderTest, ValuesReadAsTextByTheirType)
         readTexts({blob("\xFB"), blob("\xFB\xFF"), blob(QByteArray("\xFB\xFF\x00", 3)), blob("")}),
         (QStringList{"+w==", "+/8=", "+/8A", ""}));
 
-    // Integers of other lengths read "0" and the value after them stays in step.
-    for (int width : {3, 8}) {
-        const QByteArray file =
-            packed({"wide", "next"},
-                   Element().add(0, integer(0x0102030405060708, width)).add(1, integer(42, 2)));
+    // Eight-byte integers give their value; other lengths read "0"; the
+    // value after either stays in step.
+    const std::pair<qint64, int> wide[] = {{0x0102030405060708, 3},
+                                           {0x0102030405060708, 8},
+                                           {-0x0102030405060708, 8},
+                                           {std::numeric_limits<qint64>::min(), 8}};
+    const QString wideTexts[] = {"0", "72623859790382856", "-72623859790382856",
+                                 "-9223372036854775808"};
+    for (size_t i = 0; i < std::size(wide); ++i) {
+        const auto [value, width] = wide[i];
+        const QByteArray file = packed(
+            {"wide", "next"}, Element().add(0, integer(value, width)).add(1, integer(42, 2)));
         const ReadResult result = readDocument(file);
-        EXPECT_EQ(childNodes(result.root()), (QStringList{"''", "wide=0", "next=42"})) << width;
+        EXPECT_EQ(childNodes(result.root()), (QStringList{"''", "wide=" + wideTexts[i], "next=42"}))
+            << width;
         EXPECT_EQ(result.position, file.size());
     }
 }

@@ -197,16 +197,28 @@ TEST(PrimitivesTool, ListsChunksWhatTheyHoldAndTheFirstVertices)
         container({{"p.vertices",
                     processedHeader("BPVTxyznuvtb", "set3/xyznuvtbpc", 2) + record + record},
                    {"colour", processedHeader("BPVScolour", "colour", 2) + word(0) + word(0)},
+                   // Bones 7, 8, 9 (times 3, reversed behind a pad), weights
+                   // 51 and 102 (reversed behind two pads).
                    {"k.vertices", processedHeader("BPVTxyznuviiiwwtb", "set3/xyznuviiiwwtbpc", 1) +
-                                      QByteArray(40, '\0')}}),
+                                      record.left(24) + word(27u << 8 | 24u << 16 | 21u << 24) +
+                                      word(102u << 16 | 51u << 24) + record.mid(24)},
+                   {"u.vertices", processedHeader("BPVTxyznuv", "set3/xyznuv2pc", 1) +
+                                      record.left(24) + primitives::floats({0.5f, 0.125f})},
+                   {"s.vertices",
+                    processedHeader("BPVTxyznuv", "set1/xyznuvpc", 1) + QByteArray(20, '\0')}}),
         {"--vertices", "1"});
-    ASSERT_EQ(lines.size(), 4) << result.out.constData();
+    ASSERT_EQ(lines.size(), 8) << result.out.constData();
     EXPECT_EQ(lines[0], "p.vertices 200 vertices set3/xyznuvtbpc 2 processed (bpvtxyznuvtb)");
     // Mirrored on x, as Ferrox draws it.
-    EXPECT_EQ(lines[1], "  vertex 0: position -1 2 3 normal -1 -1 1 uv 0.25 0.75 tangent 1 -1 1 "
-                        "binormal 1 1 -1");
+    const QByteArray first = "  vertex 0: position -1 2 3 normal -1 -1 1 uv 0.25 0.75";
+    EXPECT_EQ(lines[1], first + " tangent 1 -1 1 binormal 1 1 -1");
     EXPECT_EQ(lines[2], "colour 144 stream colour 2 values");
     EXPECT_EQ(lines[3], "k.vertices 176 vertices set3/xyznuviiiwwtbpc 1 processed "
-                        "(bpvtxyznuviiiwwtb) unreadable: format not supported");
+                        "(bpvtxyznuviiiwwtb)");
+    EXPECT_EQ(lines[4], first + " tangent 1 -1 1 binormal 1 1 -1 bones 7 8 9 weights 0.2 0.4 0.4");
+    EXPECT_EQ(lines[5], "u.vertices 168 vertices set3/xyznuv2pc 1 processed (bpvtxyznuv)");
+    EXPECT_EQ(lines[6], first + " uv2 0.5 0.125");
+    EXPECT_EQ(lines[7], "s.vertices 156 vertices set1/xyznuvpc 1 processed (bpvtxyznuv) "
+                        "unreadable: format not supported");
     EXPECT_EQ(result.exitCode, 1);
 }

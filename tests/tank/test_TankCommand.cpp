@@ -1,9 +1,13 @@
+#include "ImageCheck.h"
 #include "QtPrinters.h"
 #include "ToolRunner.h"
 
+#include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -108,6 +112,62 @@ TEST(TankCommand, EveryGunListsItsShellsByTranslatedName)
             listed << gun.toObject()["name"].toString() + ": " + shells.join("; ");
         }
         EXPECT_EQ(listed, c.guns);
+    }
+}
+
+// Rows of the vehicle table without their running number, sorted.
+QStringList tableRows(const QByteArray& out)
+{
+    QStringList rows;
+    for (const QByteArray& line : out.split('\n'))
+        if (!line.isEmpty())
+            rows.append(QString::fromUtf8(line).section('\t', 1));
+    rows.sort();
+    return rows;
+}
+
+// An installation whose lists name none of its archives and none of its
+// nations opens by itself: the vehicle table and the picture of a vehicle
+// are those of the lists written for it.
+TEST(FoundInstallation, ListsThatNameNothingOfItGiveTheSameTableAndPicture)
+{
+    QTemporaryDir dir;
+    const QString resources = dir.filePath("resources.cfg");
+    const QString tankList = dir.filePath("tank_list.cfg");
+    for (const auto& [path, text] :
+         {std::pair{resources, QByteArray("<resources><Zip>elsewhere.pkg</Zip></resources>")},
+          {tankList,
+           "<tank_list.cfg><nowhere><ResPath>scripts/item_defs/vehicles/nowhere"
+           "</ResPath><DataPath>vehicles/Nowhere</DataPath></nowhere></tank_list.cfg>"}}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    }
+    const QStringList foreign = {"--resources", resources, "--tank-list", tankList};
+
+    const ToolResult written = runTool({"tanks", Game});
+    const ToolResult found = runTool(QStringList{"tanks", Game} + foreign);
+    ASSERT_EQ(written.exitCode, 0) << written.err.toStdString();
+    ASSERT_EQ(found.exitCode, 0) << found.err.toStdString();
+    EXPECT_GT(tableRows(written.out).size(), 5);
+    EXPECT_EQ(tableRows(found.out), tableRows(written.out));
+
+    const QStringList picture = {"--size", "160x120", "--no-garage"};
+    const ToolResult drawn = runTool(
+        QStringList{"render", Game, "Talon", "--out", dir.filePath("written.png")} + picture);
+    if (noOpenGl(drawn))
+        GTEST_SKIP() << "no OpenGL 3.2 core context";
+    ASSERT_EQ(drawn.exitCode, 0) << drawn.err.toStdString();
+    const ToolResult drawnFound =
+        runTool(QStringList{"render", Game, "Talon", "--out", dir.filePath("found.png")} + picture +
+                foreign);
+    ASSERT_EQ(drawnFound.exitCode, 0) << drawnFound.err.toStdString();
+    const QImage expected =
+        QImage(dir.filePath("written.png")).convertToFormat(QImage::Format_ARGB32);
+    const QImage image = QImage(dir.filePath("found.png")).convertToFormat(QImage::Format_ARGB32);
+    EXPECT_EQ(image, expected);
+    if (image != expected) {
+        saveFailedImage(expected, "written-lists");
+        saveFailedImage(image, "found");
     }
 }
 

@@ -159,6 +159,43 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
     EXPECT_TRUE(boxes.boxes.isEmpty());
 }
 
+// A turret or gun whose model does not load costs itself alone: chassis and
+// hull stay loaded and drawn in every state, on a new load and on a change
+// of gun; the gun never loads without its turret.
+TEST_F(TankLoaderTest, AFailedTurretOrGunLeavesTheRestDrawn)
+{
+    constexpr int Base = ChassisTriangles + HullTriangles;
+    game.removeRes(Folder + "BigGun.primitives");
+    loader->loadTurretGun(TurretName, BigGunName);
+    EXPECT_TRUE(loader->loaded);
+    EXPECT_EQ(loader->chooser->currentGunName, BigGunName);
+    EXPECT_FALSE(loader->chooser->turrets.isEmpty());
+    EXPECT_EQ(loader->triangleCount(), Base + TurretTriangles);
+
+    const std::tuple<QString, QString, int> cases[] = {
+        {"gun", "Gun", Base + TurretTriangles},
+        {"turret", "Turret", Base},
+    };
+    for (const auto& [what, file, triangles] : cases) {
+        SCOPED_TRACE(what.toStdString());
+        LogCapture log;
+        game.removeRes(Folder + file + ".primitives");
+        game.removeRes(Folder + "crash/" + file + ".primitives");
+        ASSERT_TRUE(loader->load(BoxTank));
+        EXPECT_TRUE(loader->loaded);
+        EXPECT_EQ(loader->chooser->currentTurretName, TurretName);
+        for (int state = 0; state < TankLoader::MeshStates; ++state) {
+            loader->damageMode = state;
+            EXPECT_EQ(loader->triangleCount(), triangles) << state;
+        }
+        loader->damageMode = 0;
+        EXPECT_TRUE(log.contains("[Warning] The turret or gun of state 1 did not load: the "
+                                 "vehicle is shown without it"));
+        walkChain(); // hides every part
+        loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = false;
+    }
+}
+
 // The sample's vehicles from wherever the program finds them: packed in an
 // archive, plain text, overridden by the mod folder; turrets of one name
 // merged.
@@ -169,6 +206,9 @@ TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
         {"Talon", Source::Archive, 180, "Talon turret"},
         {"Ironmoth", Source::Archive, 240, "Ironmoth turret"},
         {"Basilisk", Source::ModFolder, 4321, "Basilisk turret (mod)"},
+        // Processed models: a skinned chassis, a hull with a uv2 stream, a
+        // turret of 32-bit indices.
+        {"Kestrel", Source::Archive, 180, "Kestrel turret"},
     };
     for (const auto& [name, source, hullHealth, firstTurret] : cases) {
         SCOPED_TRACE(name.toStdString());

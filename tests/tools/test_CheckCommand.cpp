@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <tuple>
 
 namespace {
@@ -57,6 +58,22 @@ TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
     mod.writeFile(QStringLiteral("scripts/item_defs/item_types.xml"), "not < xml");
     const QString talonXml = QStringLiteral("scripts/item_defs/vehicles/ardenia/a01_talon.xml");
     mod.writeFile(talonXml, sampleMember(talonXml).chopped(3)); // packed, cut short
+    // Textures that parse: one the upload refuses (shared exponents), one
+    // it takes (BC7).
+    auto dx10Texture = [](quint32 dxgi, int dataBytes) {
+        QByteArray file(148 + dataBytes, '\0');
+        const quint32 fields[][2] = {{4, 124}, {12, 4}, {16, 4}, {28, 1}, {128, dxgi}, {132, 3}};
+        std::memcpy(file.data(), "DDS ", 4);
+        std::memcpy(file.data() + 84, "DX10", 4);
+        for (const auto& [offset, value] : fields)
+            for (int i = 0; i < 4; ++i)
+                file[int(offset) + i] = char(value >> (8 * i));
+        return file;
+    };
+    const QString sharedExponent = QStringLiteral("vehicles/Ardenia/A01_Talon/Shared_AM.dds");
+    const QString bc7 = QStringLiteral("vehicles/Ardenia/A01_Talon/Bc7_AM.dds");
+    mod.writeFile(sharedExponent, dx10Texture(67, 64));
+    mod.writeFile(bc7, dx10Texture(98, 16));
 
     const ToolResult result =
         runTool({QStringLiteral("check"), SampleGame, QStringLiteral("--mod"), mod.path()});
@@ -68,13 +85,16 @@ TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
         {kestrelGun, QStringLiteral("Gun_09.vertices"), Qt::CaseSensitive},
         {QStringLiteral("scripts/item_defs/item_types.xml"), QString(), Qt::CaseSensitive},
         {talonXml, QStringLiteral("Error reading data: "), Qt::CaseSensitive},
+        {sharedExponent, QStringLiteral("no OpenGL upload for DDS texture format RGB9E5"),
+         Qt::CaseSensitive},
     };
     for (const auto& [file, reason, sensitivity] : reasons) {
         const QString line = reportFor(result, file);
         EXPECT_FALSE(line.isEmpty()) << file.toStdString() << "\n" << result.out.toStdString();
         EXPECT_TRUE(line.contains(reason, sensitivity)) << line.toStdString();
     }
-    EXPECT_TRUE(reportFor(result, talonLod + QStringLiteral("Hull.visual")).isEmpty())
-        << "good files stay out of the report";
+    for (const QString& good : {talonLod + QStringLiteral("Hull.visual"), bc7})
+        EXPECT_TRUE(reportFor(result, good).isEmpty())
+            << good.toStdString() << ": good files stay out of the report";
     EXPECT_TRUE(result.err.contains(" failed")) << result.err.toStdString();
 }

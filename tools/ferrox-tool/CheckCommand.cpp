@@ -152,13 +152,20 @@ bool checkXml(const QByteArray& bytes, const QString& name)
     return problems.size() == before;
 }
 
+// Read as the viewport reads it: a file that parses but that the upload
+// refuses is not shown either.
 bool checkDds(const QByteArray& bytes)
 {
     DdsImage image;
-    if (image.parse(bytes))
+    if (!image.parse(bytes)) {
+        if (problems.isEmpty())
+            problems.append(QStringLiteral("not a readable DDS texture"));
+        return false;
+    }
+    const QString problem = ddsUploadProblem(image);
+    if (problem.isEmpty())
         return true;
-    if (problems.isEmpty())
-        problems.append(QStringLiteral("not a readable DDS texture"));
+    problems.append(problem);
     return false;
 }
 

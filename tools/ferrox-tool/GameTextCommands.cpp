@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QVariant>
@@ -63,9 +64,15 @@ int tanksCommand(const ToolArguments& arguments)
 {
     if (arguments.positional.size() != 1) {
         printError(QStringLiteral("usage: ferrox-tool tanks GAME_DIR [--nation N] [--category C] "
-                                  "[--tier T] [--filter TEXT]"));
+                                  "[--tier T] [--filter TEXT] [--tank-list FILE] "
+                                  "[--resources FILE]"));
         return 2;
     }
+    // Named before the context moves to the tool's folder.
+    const QString tankList =
+        arguments.hasOption(QStringLiteral("tank-list"))
+            ? QFileInfo(arguments.option(QStringLiteral("tank-list"))).absoluteFilePath()
+            : QString();
     ToolContext context(arguments.positional[0], arguments);
     if (!context.requireGameDirectory())
         return 1;
@@ -76,6 +83,8 @@ int tanksCommand(const ToolArguments& arguments)
     Database database;
     // The context made the tool's folder the working directory, so the
     // program's relative default names the tank list beside the tool.
+    if (!tankList.isEmpty())
+        database.tankListPath = tankList;
     bool rebuilt = false;
     QObject::connect(&database, &Database::databaseRebuilt, [&rebuilt] { rebuilt = true; });
     database.rebuildDatabase();

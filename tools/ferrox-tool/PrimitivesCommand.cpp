@@ -80,9 +80,19 @@ void describeVertices(const VertexChunkHeader& header, const QByteArray& data, i
         QString line = QStringLiteral("  vertex %1: position %2 normal %3 uv %4")
                            .arg(i)
                            .arg(numbers(vertex, 3), numbers(vertex + 3, 3), numbers(vertex + 6, 2));
+        if (hasOwnSecondUv(header.format))
+            line += QStringLiteral(" uv2 %1").arg(numbers(geometry.uv2s[int(i)].data(), 2));
         if (hasTangents(header.format))
             line += QStringLiteral(" tangent %1 binormal %2")
                         .arg(numbers(vertex + 8, 3), numbers(vertex + 11, 3));
+        if (isSkinned(header.format)) {
+            const auto& bones = geometry.boneIndices[int(i)];
+            line += QStringLiteral(" bones %1 %2 %3 weights %4")
+                        .arg(bones[0])
+                        .arg(bones[1])
+                        .arg(bones[2])
+                        .arg(numbers(geometry.boneWeights[int(i)].data(), 3));
+        }
         lines << line;
     }
 }

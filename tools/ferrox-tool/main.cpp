@@ -45,6 +45,7 @@ const Command commands[] = {
      translateCommand},
     {"tanks",
      "tanks GAME_DIR [--nation N] [--category C] [--tier T] [--filter TEXT]\n"
+     "      [--tank-list FILE] [--resources FILE]\n"
      "                                the vehicle table, tab-separated",
      tanksCommand},
     {"primitives",
@@ -134,11 +135,10 @@ const Command commands[] = {
 // Commands that need an OpenGL context, and so a GUI application.
 bool needsGui(const QString& name)
 {
-    static const QStringList names = {QStringLiteral("tank"),    QStringLiteral("render"),
-                                      QStringLiteral("bake"),    QStringLiteral("obj"),
-                                      QStringLiteral("gltf"),    QStringLiteral("uv"),
-                                      QStringLiteral("extract"), QStringLiteral("armor"),
-                                      QStringLiteral("weakspots")};
+    static const QStringList names = {
+        QStringLiteral("tank"),    QStringLiteral("render"), QStringLiteral("bake"),
+        QStringLiteral("obj"),     QStringLiteral("gltf"),   QStringLiteral("uv"),
+        QStringLiteral("extract"), QStringLiteral("armor"),  QStringLiteral("weakspots")};
     return names.contains(name);
 }
 

@@ -12,6 +12,8 @@ import zipfile
 from functools import lru_cache
 from pathlib import Path
 
+from .current_formats import SET3_STRIDES
+
 TOOLS = Path(__file__).resolve().parent.parent
 REPO_DATA = TOOLS.parent / "data"
 VEHICLE_DEFS = "scripts/item_defs/vehicles"
@@ -143,7 +145,7 @@ def read_geometry(vertices, indices):
             raise ValueError("processed chunk with a first count")
         vfmt, header = vertices[68:132].split(b"\0")[0].decode("ascii"), 136
     stride = {"xyznuv": 32, "xyznuvtb": 32, "xyznuviiiwwtb": 37,
-              "set3/xyznuvpc": 24, "set3/xyznuvtbpc": 32}[vfmt.lower()]
+              **SET3_STRIDES}[vfmt.lower()]
     count, group_count = struct.unpack_from("<II", indices, 64)
     width = 4 if ifmt == "list32" else 2
     if (header + struct.unpack_from("<I", vertices, header - 4)[0] * stride != len(vertices)

@@ -4,6 +4,7 @@ import math
 import unittest
 import xml.etree.ElementTree as ElementTree
 
+from .current_formats import SKINNED_FORMAT
 from .test_support import (REPO_DATA, read_chunks, read_dds,
                            read_geometry, shared_installation, text, translation)
 
@@ -68,8 +69,10 @@ class ModelsTest(unittest.TestCase):
                 # a stream's bytes: uv2 pairs, or a processed colour per vertex
                 stream_size = 8 * len(vertices) if stream else 0
                 if folder == PROCESSED_MODEL:
-                    fmt, stream, stream_size = PROCESSED_FORMATS[fmt], "colour", \
-                        136 + 4 * len(vertices)
+                    # the chassis skinned, the hull's uv2 in a processed stream
+                    fmt = SKINNED_FORMAT if part == "Chassis" else PROCESSED_FORMATS[fmt]
+                    stream, stream_size = ("uv2", 136 + 8 * len(vertices)) if part == "Hull" \
+                        else ("colour", 136 + 4 * len(vertices))
                     self.assertTrue({"bsp2", "bsp2_materials"} <= chunks.keys())
                     self.assertFalse(self.game.place(base + ".primitives"))
                 self.assertEqual((vfmt.lower(), ifmt, len(groups)),

@@ -3,13 +3,14 @@ materials and textures, and the archive members they make."""
 import math
 import zlib
 
+from . import current_formats
 from . import geometry as gavrel_geometry
 from . import shapes
 from .collision import collision_model_files, proving_ground_files
 from .game_data import SAMPLE_NATIONS, has_class_shape
 from .archives import DEFLATED, STORED, Member
 from .models import (flag_property, material, model_file, node, primitives_bytes,
-                     processed_primitives_bytes, texture_property, visual_tree, xml_file)
+                     texture_property, visual_tree, xml_file)
 from .textures import (DETAIL_SIZE, DIFFUSE_SIZE, NATION_COLOURS, darker, extra_texture,
                        large_panel, texformat_file, texture)
 
@@ -220,13 +221,14 @@ def vehicle_model_files(nation, tank, detail=1, shape=shapes.STANDARD):
             if state == "crash":
                 mesh = battered(mesh, f"{tank}/{part}", *CRASH_DAMAGE[TEXTURE_KINDS[part]])
             materials = part_materials(nation, tank, state, shape)[part]
-            if processed:  # every part names its colour stream, none a uv2
+            if processed:  # newer formats: see current_formats
                 suffix = gavrel_geometry.PROCESSED_SUFFIX
-                tree = visual_tree(root_children, render_node, part, materials, "colour")
+                tree = visual_tree(root_children, render_node, part, materials,
+                                   current_formats.stream_name(part))
                 files += [(base + ".model", model_file(base + ".visual")),
                           (base + ".visual" + suffix, xml_file(f"{part}.visual", tree, plain)),
                           (base + ".primitives" + suffix,
-                           processed_primitives_bytes(part, mesh, fmt, wide))]
+                           current_formats.processed_primitives_bytes(part, mesh, fmt, wide))]
                 continue
             tree = visual_tree(root_children, render_node, part, materials,
                                "uv2" if uv2 else None)
