@@ -21,6 +21,7 @@
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions_3_2_Core>
 #include <QOpenGLVersionFunctionsFactory>
+#include <QPixmap>
 #include <QVector4D>
 #include <QWheelEvent>
 
@@ -92,12 +93,13 @@ RenderWidget::RenderWidget(QWidget* parent) : QOpenGLWidget(parent)
     setMouseTracking(true);
     setAutoFillBackground(false);
 
-    // Stand-ins until the orbit and cross-hair icons exist.
+    // The drawn ones have their hot spot in the middle, where a press orbits
+    // round and a shot goes.
     cursors[SizeAllCursor] = QCursor(Qt::SizeAllCursor);
-    cursors[OrbitCursor] = QCursor(Qt::ClosedHandCursor);
+    cursors[OrbitCursor] = QCursor(QPixmap(QStringLiteral(":/icons/Orbit.png")));
     cursors[IdleCursor] = QCursor(Qt::OpenHandCursor);
     cursors[RollCursor] = QCursor(Qt::SizeVerCursor);
-    cursors[ArmorCursor] = QCursor(Qt::CrossCursor);
+    cursors[ArmorCursor] = QCursor(QPixmap(QStringLiteral(":/icons/cross_hair.png")));
     setCursor(cursors[IdleCursor]);
 
     clock.start();
@@ -448,14 +450,16 @@ void RenderWidget::toggleRenderInfo(bool hidden)
     overlay.dirty = true;
 }
 
-// TankLoader::reload follows the garages once it exists.
 void RenderWidget::sceneReload()
 {
-    if (gl) {
-        makeCurrent();
+    if (!gl)
+        return;
+    withContext([this] {
         frame.scene.reloadGarages();
-    }
-    showStatusMessage(QStringLiteral("Scene Reload done."), 0);
+        showStatusMessage(tr("Scene Reload done."), 0);
+        for (const std::function<void()>& reload : sceneReloaders)
+            reload();
+    });
 }
 
 void RenderWidget::mouseInverted()

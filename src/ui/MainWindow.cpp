@@ -33,7 +33,9 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QScrollBar>
@@ -55,13 +57,6 @@ const QString RecentTanksKey = QStringLiteral("RecentTanks");
 QString programName()
 {
     return QLatin1String(Ferrox::ApplicationName);
-}
-
-// The work of these slots comes with later parts of the program; until then
-// the entry points exist and say so.
-void notThereYet(const char* what)
-{
-    Log::log(QLatin1String(what) + QStringLiteral(": not available yet."), Log::Info);
 }
 
 bool anyNonZero(const Vector3& triple)
@@ -89,6 +84,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     renderWidget = ui.mRenderWidget;
     installVehicleLoader(*renderWidget);
     installCamoLoader(*renderWidget);
+    connect(this, &MainWindow::reloadSceneItems, renderWidget, &RenderWidget::sceneReload);
+    if (Database* database = Database::instance())
+        database->sceneReloadRequested = [this] { reloadScene(); };
+    ui.mTankListView->followFilter(ui.tankFilter);
+    connectCameraBoxes();
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 
@@ -163,6 +163,8 @@ MainWindow::~MainWindow()
         loader->window = TankWindowSink{};
     if (CollisionArmor* armor = CollisionArmor::instance())
         armor->tablesChanged = nullptr;
+    if (Database* database = Database::instance())
+        database->sceneReloadRequested = nullptr;
     if (mainWindow == this) {
         mainWindow = nullptr;
         setStatusMessageSink({});
@@ -185,6 +187,22 @@ void MainWindow::initialiseViewport()
         QCoreApplication::processEvents();
     if (!renderWidget->isValid() && !startupErrorPending())
         reportStartupError(QStringLiteral("OpenGL 3.2 is required."));
+}
+
+// A loaded .Camera file sets the type and view boxes; the camera has taken
+// the file's view already, so the boxes' own signals must not set it again.
+void MainWindow::connectCameraBoxes()
+{
+    const auto showIndex = [](QComboBox* box) {
+        return [box](int index) {
+            const QSignalBlocker quiet(box);
+            box->setCurrentIndex(index);
+        };
+    };
+    connect(&renderWidget->controls, &CameraControls::cameraTypeIndexChanged, ui.CameraTypeCombo,
+            showIndex(ui.CameraTypeCombo));
+    connect(&renderWidget->controls, &CameraControls::cameraViewIndexChanged, ui.CameraViewCombo,
+            showIndex(ui.CameraViewCombo));
 }
 
 void MainWindow::connectTankLoader(TankLoader& loader)
@@ -407,9 +425,21 @@ void MainWindow::aboutViewer()
     about.exec();
 }
 
+QString MainWindow::userGuidePath()
+{
+    return QFileInfo(QLatin1String(Ferrox::UserGuideFile)).absoluteFilePath();
+}
+
 void MainWindow::aboutHelp()
 {
-    notThereYet("Ferrox Help");
+    const QString guide = userGuidePath();
+    if (!QFile::exists(guide)) {
+        Log::log(QStringLiteral("Could not locate the user guide: ") + guide, Log::Warning);
+        showOk(true, this,
+               tr("Could not locate the user guide: ") + QDir::toNativeSeparators(guide));
+        return;
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(guide));
 }
 
 void MainWindow::showPreferences()
@@ -784,6 +814,7 @@ void MainWindow::loadTank()
     }
     TankLoader* loader = TankLoader::instance();
     if (!loader || !loader->load(name.toString())) {
+        statusBar()->showMessage(tr("Failed to load tank: ") + name.toString());
         showOk(true, this, tr("Failed to load tank: ") + name.toString());
         return;
     }
@@ -1043,6 +1074,10 @@ void MainWindow::showArmorTable(QTableView* table, QStandardItemModel* model)
     QItemSelectionModel* old = table->selectionModel();
     table->setModel(model);
     delete old;
+    // A list of thicknesses in their colours: no column title, no row numbers.
+    table->horizontalHeader()->hide();
+    table->verticalHeader()->hide();
+    table->resizeRowsToContents();
 }
 
 void MainWindow::regularArmorClicked(QModelIndex index)

@@ -240,3 +240,26 @@ TEST_F(WindowTest, AboutBoxShowsTheViewportsDriver)
         EXPECT_FALSE(renderer.isEmpty());
     });
 }
+
+TEST_F(WindowTest, ALoadedCameraFileSetsTheTypeAndViewBoxes)
+{
+    root.writeFile(QStringLiteral("top.Camera"),
+                   "<Camera>\n <Target>0 0.5 0</Target>\n <Rotation>30 -60 0</Rotation>\n"
+                   " <Fov>50</Fov>\n <Zoom>14</Zoom>\n <Type>1</Type>\n</Camera>\n");
+    runWindow([this](MainWindow& window) {
+        window.ui.CameraViewCombo->setCurrentIndex(3);
+        setFileDialogHandler([this](const FileDialogRequest&) {
+            return root.filePath(QStringLiteral("top.Camera"));
+        });
+        window.ui.actionLoad_Camera_View->trigger();
+        setFileDialogHandler({});
+        EXPECT_EQ(window.ui.CameraTypeCombo->currentIndex(), 1);
+        EXPECT_EQ(window.ui.CameraViewCombo->currentIndex(), 0);
+        // The boxes follow the file's view without setting one of their own.
+        const CameraControls& controls = window.renderWidget->controls;
+        EXPECT_EQ(controls.typeIndex, 1);
+        EXPECT_EQ(controls.rotation, (Vector3{30, -60, 0}));
+        EXPECT_FLOAT_EQ(controls.zoom, 14);
+        EXPECT_DOUBLE_EQ(window.ui.RotYDoubleSpinBox->value(), -60);
+    });
+}
