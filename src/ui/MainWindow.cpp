@@ -38,6 +38,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMessageBox>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSettings>
 #include <QSqlQuery>
@@ -98,6 +99,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
         dock->setFloating(true);
     }
 
+    // Maximised where a window manager does it; where none does (or before
+    // it does), the screen's whole available area rather than the form's
+    // narrow size, so that the viewport gets the larger share.
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        setGeometry(screen->availableGeometry());
     // The first show starts the viewport's GL, which creates the loaders
     // used from here on.
     showMaximized();

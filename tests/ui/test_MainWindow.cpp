@@ -18,8 +18,13 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
+#include <QStyle>
+#include <QTabBar>
 
 namespace {
 QStringList qtWarnings;
@@ -145,6 +150,59 @@ TEST_F(WindowTest, LayoutsComeFromTheUserTheShippedFileOrTheBuiltInTabs)
         EXPECT_TRUE(window.ui.MainToolBar->isVisible());
     });
     EXPECT_TRUE(logLines().contains(QStringLiteral("[ Info ] Loaded layout file: default.layout")));
+}
+
+namespace {
+// Whether a tab's title has the room its text needs, so that it is not
+// cut short to a few letters like its neighbours'.
+bool titleShownWhole(const QTabBar* bar, int tab)
+{
+    const int needed = bar->fontMetrics().horizontalAdvance(bar->tabText(tab)) +
+                       bar->style()->pixelMetric(QStyle::PM_TabBarTabHSpace, nullptr, bar);
+    return bar->tabRect(tab).width() >= needed;
+}
+} // namespace
+
+// The shipped layout on a 1920 x 1080 screen: the viewport takes the larger
+// share, each panel fits its dock's width, and the tabs can be told apart.
+TEST_F(WindowTest, TheShippedLayoutFitsThePanelsAndGivesTheViewportTheRoom)
+{
+    runWindow([](MainWindow& window) {
+        const QRect screen = window.screen()->availableGeometry();
+        EXPECT_GE(window.width(), screen.width() * 9 / 10);
+        EXPECT_GE(window.height(), screen.height() * 9 / 10);
+        const QWidget* viewport = window.renderWidget;
+        EXPECT_GT(viewport->width(), window.width() * 2 / 3);
+        EXPECT_GT(viewport->width(), viewport->height());
+
+        for (QDockWidget* dock : window.findChildren<QDockWidget*>()) {
+            auto* scroll = dock->findChild<QScrollArea*>();
+            if (!scroll)
+                continue;
+            SCOPED_TRACE(dock->objectName().toStdString());
+            dock->raise();
+            QCoreApplication::processEvents();
+            EXPECT_TRUE(dock->isVisible());
+            EXPECT_FALSE(scroll->horizontalScrollBar()->isVisible())
+                << scroll->widget()->minimumSizeHint().width() << " in "
+                << scroll->viewport()->width();
+        }
+        window.ui.TankOptionsDock->raise();
+        QCoreApplication::processEvents();
+        for (const QWidget* control : std::initializer_list<const QWidget*>{
+                 window.ui.turretComboBox, window.ui.gunComboBox, window.ui.CollisionBtn})
+            EXPECT_EQ(control->visibleRegion(), QRegion(control->rect()))
+                << control->objectName().toStdString();
+
+        int tabs = 0;
+        for (const QTabBar* bar : window.findChildren<QTabBar*>()) {
+            if (!bar->isVisible())
+                continue;
+            for (int tab = 0; tab < bar->count(); ++tab, ++tabs)
+                EXPECT_TRUE(titleShownWhole(bar, tab)) << bar->tabText(tab).toStdString();
+        }
+        EXPECT_EQ(tabs, 5);
+    });
 }
 
 TEST_F(WindowTest, LogPanelShowsEachLevelInItsTab)
