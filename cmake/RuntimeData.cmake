@@ -23,3 +23,11 @@ add_custom_target(sample_game ALL
   DEPENDS ${FERROX_GENERATOR_SOURCES}
   COMMENT "Generating the sample Gavrel installation"
   VERBATIM)
+# The hostile installation: one broken vehicle per way a game folder can
+# fail the program, for the tests and the fuzzers' seeds.
+add_custom_target(sample_hostile ALL
+  COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/tools/make_sample_game.py
+          --hostile --out ${FERROX_SAMPLE_HOSTILE_DIR}
+  DEPENDS ${FERROX_GENERATOR_SOURCES}
+  COMMENT "Generating the hostile Gavrel installation"
+  VERBATIM)

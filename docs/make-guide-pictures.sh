@@ -87,6 +87,20 @@ render armour-proving-ground.png "Proving Ground" --camera "$work/close.Camera" 
 render camo-summer.png Talon --camera "$work/close.Camera" --camo summer:0
 render camo-desert.png Talon --camera "$work/close.Camera" --camo desert:1 --turret-yaw 25
 
+# glTF export: the viewport's picture and F3D's of the exported file, in the
+# same pose, side by side in the guide. F3D (Debian's f3d) renders the .glb
+# with its own PBR shading under its default light.
+render gltf-viewport.png Talon --camera "$work/close.Camera" --yaw 35 --turret-yaw -40 \
+  --gun-pitch 8 --camo summer:0 --no-garage
+"$tool" gltf "$game" Talon --yaw 35 --turret-yaw -40 --gun-pitch 8 --camo summer:0 \
+  --out "$work/talon.glb"
+if command -v f3d >/dev/null; then
+  f3d --output="$out/gltf-f3d.png" --resolution="${size/x/,}" --up=+Y \
+    --camera-position=7,5,9 --camera-focal-point=0,0.8,0 "$work/talon.glb"
+else
+  echo "f3d is not installed: gltf-f3d.png left as it was" >&2
+fi
+
 # Screenshots: the dialog's render at any size, here with a transparent background
 "$tool" render "$game" Basilisk --camera "$work/close.Camera" --no-garage --transparent \
   --size 800x450 --out "$out/screenshot-transparent.png"

@@ -43,6 +43,22 @@
             <source>cm</source>
             <translation>см</translation>
         </message>
+        <message>
+            <source>Penetration: </source>
+            <translation>Пробитие: </translation>
+        </message>
+        <message>
+            <source>Penetrated</source>
+            <translation>Пробито</translation>
+        </message>
+        <message>
+            <source>Not penetrated</source>
+            <translation>Не пробито</translation>
+        </message>
+        <message>
+            <source>Chance to penetrate: </source>
+            <translation>Вероятность пробития: </translation>
+        </message>
     </context>
     <context>
         <name>CommonMessages</name>
@@ -105,6 +121,58 @@ Please check that your Gavrel path is correct.</source>
     </context>
     <context>
         <name>MainWindow</name>
+        <message>
+            <source>Weak spots</source>
+            <translation>Уязвимые места</translation>
+        </message>
+        <message>
+            <source>Shell:</source>
+            <translation>Снаряд:</translation>
+        </message>
+        <message>
+            <source>Penetration (mm):</source>
+            <translation>Пробитие (мм):</translation>
+        </message>
+        <message>
+            <source>None</source>
+            <translation>Нет</translation>
+        </message>
+        <message>
+            <source>Distance (m):</source>
+            <translation>Дистанция (м):</translation>
+        </message>
+        <message>
+            <source>Export glTF...</source>
+            <translation>Экспорт glTF...</translation>
+        </message>
+        <message>
+            <source>Export the vehicle as shown as a glTF 2.0 file</source>
+            <translation>Экспорт машины в показанном виде в файл glTF 2.0</translation>
+        </message>
+        <message>
+            <source>Load a vehicle first.</source>
+            <translation>Сначала загрузите машину.</translation>
+        </message>
+        <message>
+            <source>Export glTF</source>
+            <translation>Экспорт glTF</translation>
+        </message>
+        <message>
+            <source>glTF binary (*.glb);;glTF with its textures beside it (*.gltf)</source>
+            <translation>Двоичный glTF (*.glb);;glTF с текстурами рядом (*.gltf)</translation>
+        </message>
+        <message>
+            <source>Ferrox never writes into the game folder.</source>
+            <translation>Ferrox никогда не записывает в папку игры.</translation>
+        </message>
+        <message>
+            <source>The glTF file could not be written.</source>
+            <translation>Не удалось записать файл glTF.</translation>
+        </message>
+        <message>
+            <source>glTF written: </source>
+            <translation>glTF записан: </translation>
+        </message>
         <message>
             <source>&amp;File</source>
             <translation>&amp;Файл</translation>
@@ -1713,6 +1781,24 @@ Please check that you have sufficient write access to: </source>
         <message>
             <source>Failed to write file: </source>
             <translation>Не удалось записать файл: </translation>
+        </message>
+    </context>
+    <context>
+        <name>ShellChoice</name>
+        <message>
+            <source>Custom</source>
+            <translation>Свой</translation>
+        </message>
+        <message>
+            <source>%1, %2 mm; penetration %3 mm at 100 m, %4 mm at 500 m</source>
+            <translation>%1, %2 мм; пробитие %3 мм на 100 м, %4 мм на 500 м</translation>
+        </message>
+    </context>
+    <context>
+        <name>WeakSpotDisplay</name>
+        <message>
+            <source>Chance to penetrate</source>
+            <translation>Вероятность пробития</translation>
         </message>
     </context>
 </TS>

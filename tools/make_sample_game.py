@@ -2,6 +2,11 @@
 """Writes a small but complete installation of the game Gavrel into a folder.
 
     python3 tools/make_sample_game.py --out DIR [--scale N] [--force] [--with-broken]
+    python3 tools/make_sample_game.py --out DIR --hostile [--force]
+
+The default is the showcase, where every vehicle loads and every tool works;
+--hostile writes one sound vehicle and one broken vehicle per way a game
+folder can fail the program, for the tests and the fuzzers.
 
 The installation is built from the game's file formats alone (plain and
 packed XML, zip archives below res/packages/, loose files below res/, gettext

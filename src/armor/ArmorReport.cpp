@@ -1,5 +1,7 @@
 #include "ArmorReport.h"
 
+#include "Penetration.h"
+
 namespace {
 
 const QString paragraphStart = QStringLiteral("<p style=\"color: black;background-color: ");
@@ -41,15 +43,38 @@ QVector<ArmorReport::Paragraph> ArmorReport::paragraphs(const RayResultsList& re
                                  ')'});
         list.append({colour, tr("Armor: ") + number(result.armor) + tr("mm") + " (" +
                                  number(result.effective) + tr("mm ") + tr("effective") + ')'});
+        if (result.hasPenetration)
+            list.append({colour, tr("Penetration: ") + number(result.penetrationBefore) + tr("mm") +
+                                     " -> " + number(result.penetrationAfter) + tr("mm")});
         if (result.ricochet)
             list.append({QStringLiteral("#008080;\">"), tr("Ricochet")});
+        else if (result.verdict != NoVerdict)
+            list.append({colour, verdictText(result.verdict)});
         if (i + 1 < results.size()) {
             const float centimetres = result.freeTravel * 100.0f;
             list.append({QStringLiteral("white;\">"),
                          tr("Free Travel: ") + number(centimetres) + tr("cm")});
         }
     }
+    if (const RayResult* plate = firstRegularPlate(results))
+        list.append({QStringLiteral("white;\">"), tr("Chance to penetrate: ") +
+                                                      QString::number(plate->chance * 100, 'f', 1) +
+                                                      QLatin1Char('%')});
     return list;
+}
+
+QString ArmorReport::verdictText(int verdict)
+{
+    switch (verdict) {
+    case Penetrated:
+        return tr("Penetrated");
+    case NotPenetrated:
+        return tr("Not penetrated");
+    case RicochetVerdict:
+        return tr("Ricochet");
+    default:
+        return QString();
+    }
 }
 
 QString ArmorReport::html(const RayResultsList& results)

@@ -9,7 +9,9 @@
 // What the "Armor Inspector" dock prints for one shot: per plate, nearest
 // first, a block of paragraphs in the colour of its category with the
 // material, the angles, the thicknesses, a ricochet and the free travel to
-// the next plate. The dock puts it into armorResultsText with one
+// the next plate; with a penetration value also the penetration before and
+// after each plate, its verdict, and at the end the chance to penetrate the
+// first regular plate. The dock puts it into armorResultsText with one
 // appendHtml after clearing the field.
 class ArmorReport
 {
@@ -26,4 +28,6 @@ public:
     static QString html(const RayResultsList& results);
     // The same paragraphs as lines of plain text, for the command line.
     static QString plainText(const RayResultsList& results);
+    // "Penetrated", "Not penetrated" or "Ricochet", translated.
+    static QString verdictText(int verdict);
 };

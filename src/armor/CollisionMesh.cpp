@@ -306,9 +306,13 @@ void CollisionMesh::draw(bool hidden, int pass, Material* material, ShaderProgra
     if (!hidden)
         refreshColours();
     int firstPart = 0;
+    bool first = true;
     for (const RenderSet* set : visual->renderSets) {
         chain->multiply(translationMatrix(offset));
         const Matrix M = chain->current;
+        if (first)
+            placement = M;
+        first = false;
         for (const RenderGeometry* geometry : set->geometries) {
             const int count = int(geometry->groups.size());
             placeParts(firstPart, count, M);

@@ -2,6 +2,7 @@
 
 #include "CollisionMesh.h"
 #include "Log.h"
+#include "Penetration.h"
 
 #include <btBulletCollisionCommon.h>
 
@@ -257,60 +258,80 @@ void Physics::moveHitMarker(const Vector3& position)
         marks.moveHitMarker(position);
 }
 
-void Physics::fireRay(const Vector3& from, const Vector3& to)
+RayWalk Physics::walkRay(const btCollisionWorld& world, const Vector3& from, const Vector3& to,
+                         ShellParamaters shell)
 {
-    results.clear();
-    rayStart = from;
-    rayEnd = to;
+    RayWalk outcome;
+    outcome.rayEnd = to;
     if (shell.type < 0 || shell.type > 3)
         shell.type = 2;
-
     const btVector3 start = toBullet(from);
     const btVector3 end = toBullet(to);
     AllResultsRayResultCallback callback(start, end);
     callback.rayDirection = (end - start).normalized();
-    collisionWorld->rayTest(start, end, callback);
+    world.rayTest(start, end, callback);
+    if (callback.m_collisionObjects.size() == 0)
+        return outcome;
 
-    if (callback.m_collisionObjects.size() == 0) {
+    const QVector<HitSample> samples = sortedSamples(callback, start);
+    outcome.firstHit = fromBullet(samples.first().point - callback.rayDirection * 0.04f);
+    ShellWalk walk{shell, ricochetLimitOf(shell.type)};
+    const float travelLimit = shell.calibre * 10.0f * 0.01f;
+    float travelled = 0;
+    bool pastLimit = false;
+    RayResultsList& walked = outcome.walked;
+    for (int i = 0; i < samples.size(); ++i) {
+        RayResult result = walk.hit(samples[i], i > 0 ? &samples[i - 1] : nullptr);
+        result.freeTravel = i + 1 < samples.size()
+                                ? float((samples[i + 1].point - samples[i].point).length())
+                                : 0.0f;
+        if (i > 0) {
+            travelled += walked.last().freeTravel;
+            if (travelled > travelLimit) {
+                const btVector3 stop =
+                    toBullet(walked.first().hitPoint) + samples.first().direction * travelLimit;
+                outcome.rayEnd = fromBullet(stop);
+                pastLimit = true;
+                break;
+            }
+        }
+        walked.append(result);
+        if (result.ricochet && !result.exitHit)
+            break;
+    }
+    if (!pastLimit)
+        outcome.rayEnd = walked.last().hitPoint;
+    if (shell.penetration > 0)
+        applyPenetration(walked, shell.penetration, shell.lossPerDecimetre);
+    return outcome;
+}
+
+RayResultsList RayWalk::published() const
+{
+    RayResultsList list;
+    for (const RayResult& result : walked)
+        if (!result.exitHit)
+            list.append(result);
+    return list;
+}
+
+void Physics::fireRay(const Vector3& from, const Vector3& to)
+{
+    if (shell.type < 0 || shell.type > 3)
+        shell.type = 2;
+    rayStart = from;
+    const RayWalk outcome = walkRay(*collisionWorld, from, to, shell);
+    rayEnd = outcome.rayEnd;
+    if (outcome.walked.isEmpty()) {
         RayResult missed;
         missed.name = QStringLiteral("Missed");
         missed.hitPoint = {-999, -999, -999};
         missed.category = SpacedArmor;
-        results.append(missed);
+        results = {missed};
         moveHitMarker({999, 999, 999});
     } else {
-        const QVector<HitSample> samples = sortedSamples(callback, start);
-        moveHitMarker(fromBullet(samples.first().point - callback.rayDirection * 0.04f));
-
-        ShellWalk walk{shell, ricochetLimitOf(shell.type)};
-        const float travelLimit = shell.calibre * 10.0f * 0.01f;
-        float travelled = 0;
-        bool pastLimit = false;
-        RayResultsList walked;
-        for (int i = 0; i < samples.size(); ++i) {
-            RayResult result = walk.hit(samples[i], i > 0 ? &samples[i - 1] : nullptr);
-            result.freeTravel = i + 1 < samples.size()
-                                    ? float((samples[i + 1].point - samples[i].point).length())
-                                    : 0.0f;
-            if (i > 0) {
-                travelled += walked.last().freeTravel;
-                if (travelled > travelLimit) {
-                    const btVector3 stop =
-                        toBullet(walked.first().hitPoint) + samples.first().direction * travelLimit;
-                    rayEnd = fromBullet(stop);
-                    pastLimit = true;
-                    break;
-                }
-            }
-            walked.append(result);
-            if (result.ricochet && !result.exitHit)
-                break;
-        }
-        if (!pastLimit)
-            rayEnd = walked.last().hitPoint;
-        for (const RayResult& result : std::as_const(walked))
-            if (!result.exitHit)
-                results.append(result);
+        moveHitMarker(outcome.firstHit);
+        results = outcome.published();
     }
     if (marks.rayLine)
         marks.rayLine(rayStart, rayEnd);

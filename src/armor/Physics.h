@@ -30,6 +30,21 @@ struct ShotMarks
     std::function<void(const Vector3& start, const Vector3& end)> rayLine;
 };
 
+// One ray's walk through the plates, before anything is published.
+struct RayWalk
+{
+    // Every plate met, exit hits included, nearest first; empty on a miss.
+    RayResultsList walked;
+    // Where the drawn line ends: the last plate walked, the travel limit,
+    // or the ray's end on a miss.
+    Vector3 rayEnd{0, 0, 0};
+    // Just in front of the first hit, toward the eye.
+    Vector3 firstHit{999, 999, 999};
+
+    // The plates a report lists: the walk without its exit hits.
+    RayResultsList published() const;
+};
+
 // The ray world of the armour inspection: one triangle mesh object per
 // armour plate of the vehicle, used for ray tests alone. fireRay sends a
 // shell along a ray, walks the plates it meets through the penetration
@@ -43,6 +58,10 @@ public:
 
     // from: the camera's eye; to: the ray's end point, used as it is.
     void fireRay(const Vector3& from, const Vector3& to);
+    // The walk of fireRay alone: no marker, no line, no signal. Only reads
+    // the world, so several threads may walk one world that nobody changes.
+    static RayWalk walkRay(const btCollisionWorld& world, const Vector3& from, const Vector3& to,
+                           ShellParamaters shell);
     // Empties the world: every plate object and shape is deleted.
     void clear();
     // Physics owns the shape from here (and deletes it with clear()).

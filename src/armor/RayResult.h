@@ -16,6 +16,15 @@ enum ArmorCategory
     RegularArmor = 4
 };
 
+// What became of the shell at a plate, when it had a penetration value.
+enum PenetrationVerdict
+{
+    NoVerdict = 0,
+    Penetrated = 1,
+    NotPenetrated = 2,
+    RicochetVerdict = 3
+};
+
 // One plate a shell met.
 struct RayResult
 {
@@ -31,6 +40,14 @@ struct RayResult
     int category = RegularArmor;
     // The far side of something already counted: walked, not published.
     bool exitHit = false;
+    // Set, with the fields below, only when the shell had a penetration.
+    bool hasPenetration = false;
+    float penetrationBefore = 0; // mm left when the shell reaches the plate
+    float penetrationAfter = 0;  // mm left behind it; 0 when stopped
+    int verdict = NoVerdict;
+    // Of the +-25 % roll of penetration: the fraction that gets through
+    // this plate and everything before it; 0 after a ricochet.
+    float chance = 0;
 };
 
 using RayResultsList = QVector<RayResult>;

@@ -5,6 +5,7 @@
 #include "CamoPreview.h"
 #include "Database.h"
 #include "FileManager.h"
+#include "GlContext.h"
 #include "GlFunctions.h"
 #include "Log.h"
 #include "PackedXmlReader.h"
@@ -43,9 +44,15 @@ QImage previewOf(const CamoOption& option)
 CamoLoader::CamoLoader(QObject* parent) : QObject(parent)
 {
     Log::log(QStringLiteral("Creating camo loader."), Log::Info);
+    // The table is rebuilt from a slot when the game path changes; the
+    // patterns' textures belong to the program's context.
     if (Database* database = Database::instance()) {
-        database->camouflageHooks.cleared = [this] { clear(); };
+        database->camouflageHooks.cleared = [this] {
+            const GlContextScope viewport;
+            clear();
+        };
         database->camouflageHooks.nationRead = [this](const QString& path, const QString& name) {
+            const GlContextScope viewport;
             loadNation(path, name);
         };
     }

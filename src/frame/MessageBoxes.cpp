@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QCoreApplication>
 #include <QIcon>
+#include <QOpenGLContext>
+#include <QPointer>
 #include <QThread>
 
 namespace {
@@ -54,7 +56,15 @@ int showMessageBox(QWidget* parent, const MessageBoxRequest& request, const QStr
     if (request.defaultButton != QMessageBox::NoButton)
         box.setDefaultButton(request.defaultButton);
     translateButtonCaptions(box);
-    return box.exec();
+    // The box's own event loop paints the viewport and composes the window,
+    // each on a GL context of its own. A box asked for in the middle of GL
+    // work (a vehicle that fails to load) hands back the context it found.
+    const QPointer<QOpenGLContext> context = QOpenGLContext::currentContext();
+    QSurface* surface = context ? context->surface() : nullptr;
+    const int answer = box.exec();
+    if (context && surface && QOpenGLContext::currentContext() != context)
+        context->makeCurrent(surface);
+    return answer;
 }
 
 int criticalBox(const QString& title, const QString& text, QMessageBox::StandardButtons buttons)

@@ -19,6 +19,8 @@ namespace {
 constexpr GLenum TextureMaxAnisotropy = 0x84FE;
 constexpr int ShadowMapUnit = 7;
 constexpr int ExclusionMapUnit = 8;
+// Never given a texture: samplers without one of their material read black.
+constexpr int EmptyUnit = 10;
 
 // Slot and texture pairs in rising slot order; a slot given twice appears twice.
 std::vector<std::pair<int, unsigned int>>
@@ -102,6 +104,15 @@ void Material::apply()
     };
 
     gl->glUniform1f(location("alphaRef"), alphaTest ? alphaRef : 0.0f);
+
+    // A sampler keeps the unit the last material gave it: one this material
+    // has no texture for would read another material's texture (the first
+    // frame, the diffuse map of unit 0) or nothing (later frames). It reads
+    // the empty unit instead, as black.
+    bindTextureUnit(gl, EmptyUnit, 0);
+    for (int slot = DiffuseSlot; slot <= DetailSlot; ++slot)
+        if (const char* sampler = samplerName(slot))
+            gl->glUniform1i(location(sampler), EmptyUnit);
 
     // The unit counts entries, not slots: slots 0 and 2 land on units 0 and 1.
     int unit = 0;

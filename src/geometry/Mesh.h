@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Visual.h"
 #include "Maths.h"
+#include "Visual.h"
 
 #include <QString>
 #include <QVector>
@@ -49,6 +49,9 @@ public:
     QString path;
     QVector<MeshGeometry*> geometries;
     QVector<UvGroup> uvGroups;
+    // The chain's matrix the first render set was placed with at the last
+    // draw, hidden or not; identity before any draw.
+    Matrix placement = identityMatrix();
 
 protected:
     void deleteGeometries();

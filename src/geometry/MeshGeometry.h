@@ -8,8 +8,8 @@
 #include <array>
 
 // The CPU copy of one geometry of a model: what the OBJ export, the UV tool
-// and the collision code read. Positions, normals (and on the GL side
-// tangents and binormals) are mirrored on x; triangles have their winding
+// the collision code and the glTF export read. Positions, normals,
+// tangents and binormals are mirrored on x; triangles have their winding
 // reversed. Filled by BufferManager::createVertexBuffer and IndexBuffer.
 struct MeshGeometry
 {
@@ -19,6 +19,8 @@ struct MeshGeometry
     QVector<Vector3> positions;
     QVector<Vector3> normals;
     QVector<Vector2> uvs;
+    QVector<Vector3> tangents;  // the formats with a tangent frame only
+    QVector<Vector3> binormals; // the same
     QVector<Vector2> uv2s;      // "xyznuvtb" with a uv2 stream
     QVector<quint16> indices16; // always, low 16 bits of each index
     QVector<quint32> indices32; // 32-bit index chunks only

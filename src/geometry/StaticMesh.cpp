@@ -16,14 +16,14 @@ StaticMesh::~StaticMesh()
     delete parser;
 }
 
-bool StaticMesh::load(const QString& modelPath, const Matrix& placement)
+bool StaticMesh::load(const QString& modelPath, const Matrix& where)
 {
     path = modelPath;
     if (!parser->load(path))
         return false;
     if (!visual->load(parser, path, geometries, uvGroups, false, false))
         return false;
-    model = placement;
+    model = where;
     return true;
 }
 

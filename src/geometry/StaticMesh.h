@@ -10,7 +10,7 @@ public:
     ~StaticMesh() override;
 
     // Textures go to the permanent cache.
-    bool load(const QString& path, const Matrix& placement);
+    bool load(const QString& path, const Matrix& where);
     void unload() override;
     bool exportObj() override { return false; }
     void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;

@@ -185,6 +185,10 @@ void appendToGeometry(MeshGeometry& geometry, const RecordLayout& layout,
     geometry.positions.append(vertex.position);
     geometry.normals.append(vertex.normal);
     geometry.uvs.append(vertex.uv);
+    if (layout.tangent >= 0) {
+        geometry.tangents.append(vertex.tangent);
+        geometry.binormals.append(vertex.binormal);
+    }
     if (layout.bones >= 0) {
         geometry.boneWeights.append(vertex.weights);
         geometry.boneIndices.append(vertex.bones);

@@ -234,8 +234,10 @@ RenderSet* Visual::buildRenderSet(PrimitiveParser* parser, const QDomElement& el
         auto* geometry = new MeshGeometry;
         geometries.append(geometry);
         if (RenderGeometry* built =
-                buildGeometry(parser, geometryElement, geometry, perTankTextures))
+                buildGeometry(parser, geometryElement, geometry, perTankTextures)) {
+            built->data = geometry;
             set->geometries.append(built);
+        }
     }
     return set;
 }

@@ -44,6 +44,7 @@ struct RenderGeometry
 {
     VertexBuffer* vertexBuffer = nullptr; // BufferManager's
     IndexBuffer* indexBuffer = nullptr;   // owned
+    MeshGeometry* data = nullptr;         // the CPU copy, the mesh's
     QList<GroupMaterials*> groups;        // owned
     // Per PrimitiveGroup of the index buffer: its index range lies inside the
     // index data and every index in it names a vertex of the vertex buffer.

@@ -97,8 +97,9 @@ QImage FrameRenderer::renderToImage(int width, int height, bool transparent)
     GLint previous = 0;
     gl->glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
 
-    GLint samples = 0;
-    gl->glGetIntegerv(GL_SAMPLES, &samples);
+    GLint samples = imageSamples;
+    if (samples < 0)
+        gl->glGetIntegerv(GL_SAMPLES, &samples);
     QOpenGLFramebufferObjectFormat format;
     format.setAttachment(QOpenGLFramebufferObject::Depth);
     format.setSamples(samples);
@@ -174,5 +175,6 @@ void FrameRenderer::drawOverlay()
     const Garage* garage = garageInUse();
     facts.sceneTriangles = garageShown && garage ? garage->triangleCount() : 0;
     facts.font = font;
+    scene.imageLayer.draw(viewWidth, viewHeight);
     scene.overlay.render(facts, viewWidth, viewHeight);
 }

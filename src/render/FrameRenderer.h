@@ -70,6 +70,11 @@ public:
     bool armorMode = false;
     // The context has sample buffers: each frame enables GL_MULTISAMPLE.
     bool multisample = false;
+    // Samples of the images renderToImage draws; below 0, those of the
+    // framebuffer bound when it is called (the viewport's, in the window). A
+    // renderer without a window sets the count the window would have, so
+    // that both draw the same edges and the same texture filtering.
+    int imageSamples = -1;
     int gridSize = 20;
     Vector3 ambient{0.49803922f, 0.49803922f, 0.49803922f};
     SceneLight light;

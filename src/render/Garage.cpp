@@ -2,6 +2,7 @@
 
 #include "Constants.h"
 #include "FileManager.h"
+#include "GlContext.h"
 #include "Log.h"
 #include "Material.h"
 #include "Maths.h"
@@ -13,7 +14,6 @@
 #include <QDomDocument>
 #include <QDomElement>
 #include <QFile>
-#include <QOpenGLWidget>
 
 namespace {
 
@@ -134,10 +134,9 @@ void Garage::makeMaterialsDoubleSided()
 
 void Garage::reload()
 {
-    // A new game path arrives between frames, when the viewport's context
-    // need not be current; the meshes' GL objects belong to it.
-    if (auto* view = qobject_cast<QOpenGLWidget*>(parent()))
-        view->makeCurrent();
+    // A new game path arrives in a slot, between frames; the meshes' GL
+    // objects belong to the program's context.
+    GlContextScope scope;
     clear();
     load();
 }

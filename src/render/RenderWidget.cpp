@@ -15,14 +15,11 @@
 
 #include <QAbstractSlider>
 #include <QLabel>
-#include <QMatrix4x4>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions_3_2_Core>
 #include <QOpenGLVersionFunctionsFactory>
-#include <QPixmap>
-#include <QVector4D>
 #include <QWheelEvent>
 
 #ifdef Q_OS_LINUX
@@ -93,15 +90,6 @@ RenderWidget::RenderWidget(QWidget* parent) : QOpenGLWidget(parent)
     setMouseTracking(true);
     setAutoFillBackground(false);
 
-    // The drawn ones have their hot spot in the middle, where a press orbits
-    // round and a shot goes.
-    cursors[SizeAllCursor] = QCursor(Qt::SizeAllCursor);
-    cursors[OrbitCursor] = QCursor(QPixmap(QStringLiteral(":/icons/Orbit.png")));
-    cursors[IdleCursor] = QCursor(Qt::OpenHandCursor);
-    cursors[RollCursor] = QCursor(Qt::SizeVerCursor);
-    cursors[ArmorCursor] = QCursor(QPixmap(QStringLiteral(":/icons/cross_hair.png")));
-    setCursor(cursors[IdleCursor]);
-
     clock.start();
 
     connect(&controls, &CameraControls::cameraZoomChanged, this, &RenderWidget::cameraZoomChanged);
@@ -133,6 +121,7 @@ RenderWidget::~RenderWidget()
     makeCurrent();
     releaseScene();
     doneCurrent();
+    GlContext::clearOwner(context());
 }
 
 // ---------------------------------------------------------------- start-up
@@ -141,6 +130,7 @@ void RenderWidget::initializeGL()
 {
     Log::log(QStringLiteral("Initialising OpenGL."), Log::Info);
     startCount = counter.nsecsElapsed();
+    GlContext::setOwner(context(), [this] { makeCurrent(); });
 
     if (!checkContextVersion())
         reportFatal(QStringLiteral("OpenGL 3.2 is required."));
@@ -162,9 +152,9 @@ void RenderWidget::initializeGL()
             database->rebuildDatabase();
     }
 
-    // The rebuild may have made another context current (it paints nothing,
-    // but a message box may have shown); the rest needs this one.
-    makeCurrent();
+    // The rebuild may have made another context current (a message box
+    // paints and composes on others); the rest needs this one.
+    GlContext::makeOwnerCurrent();
     new MatrixStack(this);
     if (const Settings* settings = Settings::instance())
         premiumScene = settings->sceneSet == QLatin1String("premium");
@@ -180,6 +170,9 @@ void RenderWidget::initializeGL()
 
     grantedSamples = probeSamples(requestedSamples);
     multisample = grantedSamples > 0;
+    // Pictures of any size have the viewport's edges, whatever framebuffer
+    // is bound when they are asked for.
+    frame.imageSamples = grantedSamples;
     checkSamplesGranted();
     maxImageSide = FrameRenderer::maxImageSize();
     // Pinned only now: on Linux a thread started by a pinned thread inherits
@@ -290,8 +283,7 @@ void RenderWidget::makeFbo()
 {
     if (!gl)
         return;
-    makeCurrent();
-    frame.buildShadowMap(shadowMapSide());
+    withContext([this] { frame.buildShadowMap(shadowMapSide()); });
 }
 
 // ---------------------------------------------------------------- the frame
@@ -344,8 +336,7 @@ void RenderWidget::requestNextFrame()
 
 QImage RenderWidget::renderToImage(int width, int height, bool transparent)
 {
-    makeCurrent();
-    return frame.renderToImage(width, height, transparent);
+    return withContext([&] { return frame.renderToImage(width, height, transparent); });
 }
 
 void RenderWidget::setViewportColor(const QColor& color)
@@ -500,65 +491,28 @@ void RenderWidget::armorToggle(bool val)
     armorMode = val;
     rayLines.clear();
     overlay.dirty = true;
-    setCursor(cursors[val ? ArmorCursor : IdleCursor]);
+    input.showModeCursor(val);
 }
 
 // ---------------------------------------------------------------- input
 
-void RenderWidget::fireRayHook()
-{
-    if (!rayFired || !gl)
-        return;
-    const double x = controls.lastMouseX;
-    const double y = controls.lastMouseY;
-    const int w = rect().width();
-    const int h = rect().height();
-    float depth = 1;
-    gl->glReadPixels(int(x), int(h - y), 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
-
-    QMatrix4x4 viewProjection;
-    const Matrix product = matrixProduct(camera.projection, camera.view);
-    std::copy(product.begin(), product.end(), viewProjection.data());
-    const QVector4D device(float(x / w * 2 - 1), float((h - y) / h * 2 - 1), depth * 2 - 1, 1);
-    const QVector4D world = viewProjection.inverted() * device;
-    const Vector3 point{world.x() / world.w(), world.y() / world.w(), world.z() / world.w()};
-    const Vector3 direction =
-        normalised({point[0] - camera.eye[0], point[1] - camera.eye[1], point[2] - camera.eye[2]});
-    rayFired(camera.eye, {direction[0] * 1000, direction[1] * 1000, direction[2] * 1000});
-}
-
 void RenderWidget::mousePressEvent(QMouseEvent* event)
 {
-    const bool fireRay =
-        controls.press(event->buttons(), event->modifiers(), clock.elapsed(), armorMode);
-    if (fireRay) {
-        makeCurrent();
-        fireRayHook();
-        return;
-    }
-    if (event->modifiers() == Qt::ControlModifier)
-        return;
-    if (event->buttons() == Qt::RightButton)
-        setCursor(cursors[SizeAllCursor]);
-    else if (event->buttons() == Qt::LeftButton)
-        setCursor(cursors[OrbitCursor]);
-    else if (event->buttons() == Qt::MiddleButton)
-        setCursor(cursors[RollCursor]);
+    // A press in armour mode reads the depth under the cursor: GL work.
+    withContext([&] { input.press(event, clock.elapsed(), armorMode, rayFired); });
 }
 
-void RenderWidget::mouseReleaseEvent(QMouseEvent* event)
+void RenderWidget::mouseReleaseEvent(QMouseEvent*)
 {
-    (void)event;
-    controls.release(clock.elapsed());
-    setCursor(cursors[armorMode ? ArmorCursor : IdleCursor]);
+    input.release(clock.elapsed(), armorMode);
 }
 
 void RenderWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    controls.move(event->position().x(), event->position().y(), event->buttons());
+    input.move(event);
 }
 
 void RenderWidget::wheelEvent(QWheelEvent* event)
 {
-    controls.wheel(event->angleDelta().y());
+    input.wheel(event);
 }

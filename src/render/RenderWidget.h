@@ -1,9 +1,10 @@
 #pragma once
 
 #include "FrameRenderer.h"
+#include "GlContext.h"
 #include "SurfaceFormat.h"
+#include "ViewportInput.h"
 
-#include <QCursor>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QOpenGLWidget>
@@ -33,6 +34,15 @@ public:
     explicit RenderWidget(QWidget* parent = nullptr);
     ~RenderWidget() override;
 
+    // Runs GL work that starts outside a frame (a slot, an event handler, a
+    // dialog) with the viewport's context current, and returns its answer.
+    // The window's only way into GL: see GlContext.
+    template <typename Work> decltype(auto) withContext(Work&& work)
+    {
+        GlContextScope scope;
+        return work();
+    }
+
     // Renders the scene off-screen at width x height and returns the image.
     // Makes the context current.
     QImage renderToImage(int width, int height, bool transparent);
@@ -55,14 +65,6 @@ public:
     void addSceneReloader(std::function<void()> reloader)
     {
         sceneReloaders.push_back(std::move(reloader));
-    }
-
-    // Runs GL work started outside paintGL and initializeGL with the
-    // viewport's context current; nestable.
-    template <class Work> auto withContext(Work&& work)
-    {
-        makeCurrent();
-        return work();
     }
 
     // Ctrl + left click in armour mode: a shell from the camera's eye (from)
@@ -178,16 +180,6 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
-    enum CursorKind
-    {
-        SizeAllCursor,
-        OrbitCursor,
-        IdleCursor,
-        RollCursor,
-        ArmorCursor,
-        CursorCount
-    };
-
     bool checkContextVersion();
     bool loadFunctions();
     void logDriver();
@@ -201,13 +193,11 @@ private:
     void createSceneLoaders();
     void releaseScene();
     int shadowMapSide() const;
-    // Fires a ray from the camera through the last mouse position.
-    void fireRayHook();
 
     QOpenGLFunctions_3_2_Core* gl = nullptr;
     QElapsedTimer clock;
     QElapsedTimer counter;
-    QCursor cursors[CursorCount];
+    ViewportInput input{*this, controls};
     int maxImageSide = 0;
     int requestedSamples = 0;
     int grantedSamples = 0;

@@ -16,6 +16,7 @@ void SceneContents::createBackdrop(int gridSize, QObject* garageParent)
 void SceneContents::createOverlays()
 {
     overlay.init();
+    imageLayer.init();
     rayLines.init();
     hitMarker.init(QColor(QStringLiteral("royalblue")));
     // Out of sight until a shell hits something.
@@ -30,6 +31,7 @@ void SceneContents::release()
     basicGarage = nullptr;
     gridMesh.release();
     overlay.release();
+    imageLayer.release();
     rayLines.release();
     hitMarker.release();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "GridMesh.h"
+#include "ImageLayer.h"
 #include "LineBuffer.h"
 #include "MarkerSphere.h"
 #include "TextOverlay.h"
@@ -56,6 +57,8 @@ public:
     Garage* basicGarage = nullptr;
     GridMesh gridMesh;
     TextOverlay overlay;
+    // A picture over the frame, under the text (the armour's weak spots).
+    ImageLayer imageLayer;
     LineBuffer rayLines;
     MarkerSphere hitMarker;
     // The armour ray's ends. Physics will own them; until then the ray

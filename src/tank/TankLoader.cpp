@@ -195,8 +195,13 @@ bool TankLoader::readVehicle(const QString& tankName)
     if (!gunDevice)
         return failLoad(tankName, QStringLiteral("no gun file ") + gunFile);
     gunDocument = readDocument(gunDevice.get(), QStringLiteral("shared"), nullptr);
+    // Without a shell file the guns' shells are listed by their tags alone.
+    QDomDocument shellDocument;
+    std::unique_ptr<QIODevice> shellDevice(files->getFile(shellFilePath(vehicleFilePath)));
+    if (shellDevice && (shellDevice->isOpen() || shellDevice->open(QIODevice::ReadOnly)))
+        shellDocument = readDocument(shellDevice.get(), QStringLiteral("shells"), nullptr);
 
-    vehicle = readVehicleFile(vehicleDocument, plainText, gunDocument);
+    vehicle = readVehicleFile(vehicleDocument, plainText, gunDocument, shellDocument);
     startIndex = vehicle.startIndex;
     sharedGun = vehicle.lastGunShared;
     const QString problem = vehicle.assemblyProblem();
@@ -512,22 +517,39 @@ void TankLoader::drawParts(int state, int pass, Material* material, ShaderProgra
     Mesh* turretMesh = partMesh(TurretPart, state);
     Mesh* gunMesh = partMesh(GunPart, state);
     partMesh(ChassisPart, state)->draw(allHidden || hideChassis, pass, material, shader);
-    Mesh* hullMesh = partMesh(HullPart, state);
-    hullMesh->draw(allHidden || hideHull, pass, material, shader);
-    chain.multiply(aboutPivot(sum(hullMesh->offset, turretMesh->offset), turretRotation));
+    partMesh(HullPart, state)->draw(allHidden || hideHull, pass, material, shader);
+    chain.multiply(aboutPivot(turretPivot(state), turretRotation));
     turretMesh->draw(allHidden || hideTurret, pass, material, shader);
-    chain.multiply(aboutPivot(gunMesh->offset, gunRotation));
+    chain.multiply(aboutPivot(gunPivot(state), gunRotation));
     gunMesh->draw(allHidden || hideGun, pass, material, shader);
+}
+
+Vector3 TankLoader::turretPivot(int state) const
+{
+    const Mesh* hullMesh = partMesh(HullPart, state);
+    const Mesh* turretMesh = partMesh(TurretPart, state);
+    return hullMesh && turretMesh ? sum(hullMesh->offset, turretMesh->offset) : Vector3{0, 0, 0};
+}
+
+Vector3 TankLoader::gunPivot(int state) const
+{
+    const Mesh* gunMesh = partMesh(GunPart, state);
+    return gunMesh ? gunMesh->offset : Vector3{0, 0, 0};
+}
+
+void TankLoader::placeParts(int state)
+{
+    if (!partMesh(ChassisPart, state))
+        return;
+    resetChain();
+    // Hidden meshes only move the chain (and collision meshes their ray
+    // objects); the colour pass is the one that places them.
+    drawParts(state, 1, nullptr, nullptr, true);
 }
 
 void TankLoader::placeCollisionModels()
 {
-    if (!partMesh(ChassisPart, Collision))
-        return;
-    resetChain();
-    // Hidden collision meshes only move their ray objects; the colour pass
-    // is the one that places them.
-    drawParts(Collision, 1, nullptr, nullptr, true);
+    placeParts(Collision);
 }
 
 void TankLoader::render(int pass)

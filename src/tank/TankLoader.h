@@ -86,6 +86,13 @@ public:
     // and gun as turned, without drawing: what each frame of armour mode
     // does before the intact model is drawn.
     void placeCollisionModels();
+    // Runs the chain of a state's parts as a frame does, drawing nothing:
+    // afterwards each part's Mesh::placement is where the frame puts it.
+    void placeParts(int state);
+    // Where the turret turns and where the gun pitches, in the frame the
+    // chain stands in when each is applied (the hull's, the turret's).
+    Vector3 turretPivot(int state) const;
+    Vector3 gunPivot(int state) const;
     static QString sourceName(Source source);
 
     QString tier;

@@ -100,15 +100,11 @@ private:
     void updateCamouflage(Material& material) const
     {
         material.camoEnabled = false;
-        const AppliedCamouflage* applied = AppliedCamouflage::active();
-        const TankLoader* loader = TankLoader::instance();
-        if (!applied || !applied->enabled || (loader && loader->damageMode != Intact) ||
-            unpaintedMaterial(material.name))
-            return;
         QString mask;
         Vector4 tiling;
-        if (!partCamouflage(partType, *applied, mask, tiling))
+        if (!TankMesh::camouflageFor(partType, material.name, &mask, &tiling))
             return;
+        const AppliedCamouflage* applied = AppliedCamouflage::active();
         material.camoEnabled = true;
         for (size_t channel = 0; channel < applied->colors.size(); ++channel)
             for (size_t i = 0; i < 4; ++i)
@@ -116,7 +112,7 @@ private:
         TextureLoader* textures = TextureLoader::instance();
         if (textures)
             material.bindExclusionMap(mask.isEmpty() ? 0 : textures->textureByName(mask, false));
-        material.camoTiling = componentProduct(tiling, applied->tiling);
+        material.camoTiling = tiling;
         if (material.shader && textures) {
             glFunctions()->glUniform1i(material.shader->uniformLocation(QStringLiteral("camoMap")),
                                        CamoMapUnit);
@@ -131,8 +127,23 @@ private:
 
 } // namespace
 
+bool TankMesh::camouflageFor(int partType, const QString& materialName, QString* mask,
+                             Vector4* tiling)
+{
+    const AppliedCamouflage* applied = AppliedCamouflage::active();
+    const TankLoader* loader = TankLoader::instance();
+    if (!applied || !applied->enabled || (loader && loader->damageMode != Intact) ||
+        unpaintedMaterial(materialName))
+        return false;
+    Vector4 partTiling;
+    if (!partCamouflage(partType, *applied, *mask, partTiling))
+        return false;
+    *tiling = componentProduct(partTiling, applied->tiling);
+    return true;
+}
+
 TankMesh::TankMesh(Mesh* parentMesh, TransformChain* transformChain)
-    : Mesh(parentMesh), placement(identityMatrix()), chain(transformChain)
+    : Mesh(parentMesh), chain(transformChain)
 {
     parser = new PrimitiveParser;
     visual = new Visual;

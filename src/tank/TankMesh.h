@@ -38,10 +38,14 @@ public:
     void draw(bool hidden, int pass, Material* material, ShaderProgram* shader) override;
     bool reload() override;
 
+    // Whether a group of a part of this type with this material shows the
+    // applied camouflage (one applied and enabled, the intact state, a
+    // material that carries paint); if so, its exclusion mask (empty for
+    // none) and its tiling, the part's times the pattern's.
+    static bool camouflageFor(int partType, const QString& materialName, QString* mask,
+                              Vector4* tiling);
+
     int partType = Chassis;
-    // The chain's matrix the first render set was placed with at the last
-    // draw, hidden or not; identity before any draw.
-    Matrix placement;
 
 private:
     void release();

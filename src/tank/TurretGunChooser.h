@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GunShells.h"
 #include "Singleton.h"
 #include "XmlHelpers.h"
 
@@ -26,6 +27,8 @@ struct Gun
     Vector3 back{0, 0, 0};
     Vector3 front{0, 0, 0};
     QString exclusionMask;
+    // The vehicle file's own shots, else the gun file's; may be empty.
+    QVector<Shell> shells;
 };
 
 // One turret of a vehicle with the guns it may carry. Positions have x

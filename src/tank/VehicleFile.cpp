@@ -141,6 +141,10 @@ Gun Reader::readGun(const QDomElement& element, const QString& turretUserString,
 
     readCamouflage(element, vehicleMask, gun.exclusionMask, gun.tiling);
     readExtraPitchLimits(element, gun);
+    QDomElement shots = element.firstChildElement(QStringLiteral("shots"));
+    if (shots.isNull())
+        shots = at(sharedGuns, gun.tag + QStringLiteral("/shots"));
+    gun.shells = readShots(shots, gun.tag);
 
     if (lastGunShared)
         gun.name = translate(textAt(sharedGuns, gun.tag + QStringLiteral("/userString")));
@@ -208,8 +212,13 @@ QString gunFilePath(const QString& vehicleFilePath)
     return QFileInfo(vehicleFilePath).path() + QStringLiteral("/components/guns.xml");
 }
 
+QString shellFilePath(const QString& vehicleFilePath)
+{
+    return QFileInfo(vehicleFilePath).path() + QStringLiteral("/components/shells.xml");
+}
+
 VehicleFile readVehicleFile(const QDomDocument& vehicle, bool plainText,
-                            const QDomDocument& gunFile)
+                            const QDomDocument& gunFile, const QDomDocument& shellFile)
 {
     VehicleFile file;
     file.startIndex = plainText ? 0 : 1;
@@ -234,5 +243,8 @@ VehicleFile readVehicleFile(const QDomDocument& vehicle, bool plainText,
          listedElements(root.firstChildElement(QStringLiteral("turrets0")), file.startIndex))
         addTurret(file.turrets, reader.readTurret(element, file));
     file.lastGunShared = reader.lastGunShared;
+    for (Turret& turret : file.turrets)
+        for (Gun& gun : turret.guns)
+            describeShells(gun.shells, shellFile.documentElement());
     return file;
 }

@@ -43,11 +43,15 @@ struct VehicleFile
 
 // The resource path of the shared gun file of a vehicle file.
 QString gunFilePath(const QString& vehicleFilePath);
+// The resource path of the nation's shell file beside it.
+QString shellFilePath(const QString& vehicleFilePath);
 
 // The child elements of a list element, from the document's start index on.
 QVector<QDomElement> listedElements(const QDomElement& list, int startIndex);
 
 // Reads the vehicle document. gunFile may be an empty document: shared guns
-// then have no limits or names of their own beyond the vehicle file's.
+// then have no limits or names of their own beyond the vehicle file's. So
+// may shellFile: the guns' shells then have no kind, calibre or name.
 VehicleFile readVehicleFile(const QDomDocument& vehicle, bool plainText,
-                            const QDomDocument& gunFile);
+                            const QDomDocument& gunFile,
+                            const QDomDocument& shellFile = QDomDocument());

@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "AboutViewerWidget.h"
+#include "CamoBakeJob.h"
 #include "CamoExports.h"
 #include "CamoList.h"
 #include "CamoLoader.h"
@@ -10,22 +11,27 @@
 #include "Constants.h"
 #include "Database.h"
 #include "Environment.h"
+#include "FileDialogs.h"
 #include "Log.h"
 #include "MaterialLoader.h"
 #include "MessageBoxes.h"
+#include "ModDirectory.h"
 #include "Physics.h"
 #include "Preferences.h"
 #include "RenderWidget.h"
 #include "ScreenShotUI.h"
 #include "Screenshots.h"
 #include "Settings.h"
+#include "ShellChoice.h"
 #include "StartupError.h"
 #include "StatusMessages.h"
 #include "TankLoader.h"
 #include "TurretGunChooser.h"
 #include "UpdateCheck.h"
+#include "VehicleGltf.h"
 #include "VehicleScene.h"
 #include "VisualEditWidget.h"
+#include "WeakSpotDisplay.h"
 
 #include <QClipboard>
 #include <QColorDialog>
@@ -136,6 +142,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
         connectTankLoader(*loader);
     connect(this, SIGNAL(armorModeToggled(bool)), renderWidget, SLOT(armorToggle(bool)));
     connectArmorCollisionState();
+    shellChoice = new ShellChoice({ui.shellChoiceBox, ui.shellDistanceBox, ui.shellPenetrationBox,
+                                   ui.shellCombo, ui.shellSizeBox, ui.shellNormalBox},
+                                  this);
+    connect(shellChoice, &ShellChoice::changed, this, &MainWindow::emitShellParamaters);
+    weakSpots = new WeakSpotDisplay(renderWidget, ui.weakSpotsCheckbox, ui.weakSpotsProgress, this);
     emitShellParamaters();
     toggleSolidMode();
     updateChecker = new UpdateCheck(this);
@@ -222,7 +233,9 @@ void MainWindow::connectTankLoader(TankLoader& loader)
     loader.window.addRecent = [this](const QString& name) { addTankRecent(name); };
     visualEditor->connectVisualText(loader.window);
     connect(&loader, SIGNAL(tankLoaded()), this, SLOT(tankOptionsChanged()));
-    connect(this, SIGNAL(armorModeToggled(bool)), &loader, SLOT(armorToggle(bool)));
+    connect(this, &MainWindow::armorModeToggled, &loader, [this, &loader](bool on) {
+        renderWidget->withContext([&] { loader.armorToggle(on); });
+    });
 }
 
 void MainWindow::setSpinRange(QDoubleSpinBox* spin, float minimum, float maximum)
@@ -425,9 +438,8 @@ void MainWindow::aboutViewer()
 {
     // The box reads the driver's facts from the context current when it is
     // made: the viewport's.
-    renderWidget->makeCurrent();
+    const GlContextScope viewport;
     AboutViewerWidget about(this, Qt::WindowTitleHint | Qt::WindowSystemMenuHint);
-    renderWidget->doneCurrent();
     about.exec();
 }
 
@@ -582,8 +594,58 @@ void MainWindow::exportCamoPattern()
 void MainWindow::exportCamoBake()
 {
     // The bake draws with the viewport's context, the program's only one.
-    renderWidget->makeCurrent();
-    ::exportCamoBake();
+    renderWidget->withContext([] { ::exportCamoBake(); });
+}
+
+void MainWindow::exportGltf()
+{
+    TankLoader* loader = TankLoader::instance();
+    const Settings* settings = Settings::instance();
+    const QString title = QLatin1String(Ferrox::ApplicationName);
+    if (!loader || !loader->loaded || !settings) {
+        informationBox(this, title, tr("Load a vehicle first."), QMessageBox::Ok);
+        return;
+    }
+    // The vehicle's folder in the mod folder, made if need be; never the
+    // game folder.
+    QString folder = QDir::homePath();
+    if (!settings->modPath.isEmpty()) {
+        const QString vehicleFolder = ModDirectory::forTank(loader->name).path();
+        if (QFileInfo(vehicleFolder).isDir() || ModDirectory::makePath(vehicleFolder))
+            folder = vehicleFolder;
+    }
+    const QString states[] = {QStringLiteral("intact"), QStringLiteral("destroyed"),
+                              QStringLiteral("collision")};
+    const int state = loader->armourMode ? loader->armourModel : loader->damageMode;
+    const QString suggested = QDir(folder).filePath(
+        QFileInfo(loader->vehicleFilePath).completeBaseName() + QLatin1Char('_') +
+        states[qBound(0, state, 2)] + QStringLiteral(".glb"));
+    QString path = chooseSaveFile(this, tr("Export glTF"), suggested,
+                                  tr("glTF binary (*.glb);;glTF with its textures beside it "
+                                     "(*.gltf)"),
+                                  {});
+    if (path.isEmpty())
+        return;
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix != QLatin1String("glb") && suffix != QLatin1String("gltf"))
+        path += QStringLiteral(".glb");
+    if (isInsideFolder(path, settings->gavrelPath)) {
+        warningBox(this, title, tr("Ferrox never writes into the game folder."), QMessageBox::Ok,
+                   QMessageBox::Ok);
+        return;
+    }
+    QString error;
+    const bool written =
+        renderWidget->withContext([&] { return exportVehicleGltf(*loader, path, &error); });
+    if (!written) {
+        Log::log(QStringLiteral("glTF export failed: ") + error, Log::Warning);
+        warningBox(this, title,
+                   tr("The glTF file could not be written.") + QLatin1Char('\n') + error,
+                   QMessageBox::Ok, QMessageBox::Ok);
+        return;
+    }
+    Log::log(QStringLiteral("glTF written: ") + path, Log::Info);
+    showStatusMessage(tr("glTF written: ") + QDir::toNativeSeparators(path), 0);
 }
 
 // ---------------------------------------------------------------- scene
@@ -732,7 +794,7 @@ void MainWindow::toggleTextureLocation(bool modFolder)
         return;
     loader->texturesFromArchives = !modFolder;
     if (loader->loaded)
-        loader->reload();
+        renderWidget->withContext([loader] { loader->reload(); });
 }
 
 void MainWindow::toggleGridTexture(bool defaultTexture)
@@ -819,7 +881,7 @@ void MainWindow::loadTank()
         return;
     }
     TankLoader* loader = TankLoader::instance();
-    if (!loader || !loader->load(name.toString())) {
+    if (!loader || !renderWidget->withContext([&] { return loader->load(name.toString()); })) {
         statusBar()->showMessage(tr("Failed to load tank: ") + name.toString());
         showOk(true, this, tr("Failed to load tank: ") + name.toString());
         return;
@@ -844,6 +906,16 @@ void MainWindow::tankOptionsChanged()
         ui.turretComboBox->addItem(turret.name);
     if (!turrets.isEmpty())
         turretListChanged(turrets.first().name);
+    refillShellChoice();
+}
+
+void MainWindow::refillShellChoice()
+{
+    const TurretGunChooser* chooser = TurretGunChooser::instance();
+    const Turret* turret = chooser ? chooser->currentTurret() : nullptr;
+    const Gun* gun = turret ? turret->gun(chooser->currentGunName) : nullptr;
+    if (shellChoice)
+        shellChoice->setShells(gun ? gun->shells : QVector<Shell>());
 }
 
 void MainWindow::turretListChanged(QString name)
@@ -865,7 +937,8 @@ void MainWindow::changeTurret(QString name)
 {
     TankLoader* loader = TankLoader::instance();
     if (loader && loader->loaded && !name.isEmpty())
-        loader->changeTurret(name);
+        renderWidget->withContext([&] { loader->changeTurret(name); });
+    refillShellChoice();
 }
 
 void MainWindow::changeGun(QString name)
@@ -876,7 +949,8 @@ void MainWindow::changeGun(QString name)
         return;
     const QString turret = ui.turretComboBox->currentText();
     if (!turret.isEmpty() && !name.isEmpty())
-        loader->loadTurretGun(turret, name);
+        renderWidget->withContext([&] { loader->loadTurretGun(turret, name); });
+    refillShellChoice();
 }
 
 // ---------------------------------------------------------------- rotation
@@ -1054,6 +1128,8 @@ void MainWindow::emitShellParamaters()
     shell.calibre = float(ui.shellSizeBox->value());
     shell.normalization = float(ui.shellNormalBox->value());
     shell.type = ui.shellCombo->currentIndex();
+    if (shellChoice)
+        shellChoice->complete(shell);
     emit shellParamatersChanged(shell);
 }
 

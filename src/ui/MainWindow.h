@@ -13,6 +13,8 @@ class QDockWidget;
 class QSqlQuery;
 class QStandardItemModel;
 class RenderWidget;
+class ShellChoice;
+class WeakSpotDisplay;
 class TankLoader;
 class UpdateCheck;
 class VisualEditWidget;
@@ -58,6 +60,10 @@ public:
     UpdateCheck* updateChecker = nullptr;
     // The one visual editor, made hidden with the window.
     VisualEditWidget* visualEditor = nullptr;
+    // The armour inspector's "Shell:" box and its distance.
+    ShellChoice* shellChoice = nullptr;
+    // The "Weak spots" switch and the map it shows.
+    WeakSpotDisplay* weakSpots = nullptr;
 
 signals:
     void reloadSceneItems();
@@ -109,6 +115,9 @@ public slots:
     void gunRotateReset();
     void exportCamoPattern();
     void exportCamoBake();
+    // File > "Export glTF...": the vehicle as shown, to a file the user
+    // picks (the vehicle's folder in the mod folder first).
+    void exportGltf();
     void regularArmorClicked(QModelIndex index);
     void spacedArmorClicked(QModelIndex index);
     void showVisualEditor();
@@ -145,6 +154,7 @@ private:
     void showTankNames(QSqlQuery* query);
     void setDrawStyle(QAction* active, bool wireframe, bool solidWire);
     void emitShellParamaters();
+    void refillShellChoice();
     void refreshRecentActions();
     void loadRecentList();
     void saveRecentList() const;

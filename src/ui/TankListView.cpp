@@ -125,8 +125,10 @@ bool TankListView::selectedTank(bool needsModFolder, QString& name)
     name = selected.toString();
     // A failed load leaves the tool working on the vehicle that was in view.
     TankLoader* loader = tankLoader();
-    if (loader && loader->name != name)
+    if (loader && loader->name != name) {
+        const GlContextScope viewport;
         loader->load(name);
+    }
     return true;
 }
 

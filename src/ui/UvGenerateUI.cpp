@@ -56,9 +56,8 @@ void UvGenerateUI::collect()
     if (!loader)
         return;
     // The turrets and guns that aren't mounted are loaded into GL for the
-    // occasion; the viewport's context stays current, as everywhere else.
-    if (renderWidget)
-        renderWidget->makeCurrent();
+    // occasion.
+    const GlContextScope viewport;
     const UvMap collected = UvMap::collect(*loader);
     setUvData(collected.groups, collected.textures);
 }

@@ -61,6 +61,43 @@ TEST(ArmorCommandTest, WorkedExamplesOnTheProvingGround)
     }
 }
 
+// The proving ground's gun fires "88 mm AP": 140 mm at 100 m, 120 mm at
+// 500 m; the chances are worked out by hand in test_Penetration.
+TEST(ArmorCommandTest, TheGunsOwnShellPenetratesByDistance)
+{
+    struct Case
+    {
+        const char* x;
+        QStringList shell;
+        double before, after, chance;
+        const char* verdict;
+    };
+    const Case cases[] = {
+        {"1", {"--shell", "88 mm AP"}, 140, 3.267, 0.5467, "Penetrated"},
+        {"1", {"--shell", "_88mm_AP", "--distance", "500"}, 120, 0, 0.2211, "Not penetrated"},
+        {"-1", {"--shell", "88 mm AP"}, 140, 0, 0, "Ricochet"},
+        // (218.75 - 136.733) / 87.5
+        {"1", {"--pen", "175"}, 175, 38.267, 0.9373, "Penetrated"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.shell.join(' ').toStdString());
+        const QString x = QLatin1String(c.x);
+        const QJsonArray plates =
+            shoot("Proving Ground",
+                  QStringList{"--from", x + ",1.38,10", "--to", x + ",1.38,-10"} + c.shell);
+        ASSERT_FALSE(plates.isEmpty());
+        const QJsonObject first = plates[0].toObject();
+        EXPECT_NEAR(first["penetrationBefore"].toDouble(), c.before, 1e-3);
+        EXPECT_NEAR(first["penetrationAfter"].toDouble(), c.after, 1e-3);
+        EXPECT_NEAR(first["chance"].toDouble(), c.chance, 1e-4);
+        EXPECT_EQ(first["verdict"].toString(), c.verdict);
+    }
+    const ToolResult unknown = runTool({"armor", sampleGame, "Proving Ground", "--from",
+                                        "1,1.38,10", "--to", "1,1.38,-10", "--shell", "75 mm AP"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(unknown.err.contains("The fitted gun has no shell named: 75 mm AP"));
+}
+
 TEST(ArmorCommandTest, TheTurretsPlatesTurnWithIt)
 {
     auto turretHits = [](const QString& yaw) {

@@ -6,6 +6,7 @@
 #include "ImageCheck.h"
 #include "Material.h"
 #include "TankMesh.h"
+#include "TestFiles.h"
 #include "ToolRunner.h"
 #include "Visual.h"
 
@@ -192,8 +193,6 @@ TEST_F(CamoBakeTest, NothingIsBakedOutsideTheIntactStateOrForUnmatchedMasks)
         QString box;
     } cases[] = {
         {"Kestrel", Destroyed, "Camo bake is only available in UnDamaged mode."},
-        {"Talon", Intact,
-         "This tank is currently not supported by the camouflage baking system.\nAborting!"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.tank);
@@ -305,7 +304,10 @@ TEST(CamoTool, BakeRefusesTheGameFolderAndCamoListsTheCatalogues)
     const ToolResult listed = runTool({"camo", Game, "--resources", resources});
     EXPECT_EQ(listed.exitCode, 0) << listed.err.data();
     const QString out = QString::fromUtf8(listed.out);
-    EXPECT_TRUE(out.contains("Caldera: no camouflage catalogue"));
+    EXPECT_TRUE(out.contains("Caldera: 6 patterns")) << out.toStdString();
+    const ToolResult hostile = runTool(QStringList{"camo", HostileGame} + hostileLists());
+    EXPECT_TRUE(hostile.out.contains("No Catalogue: no camouflage catalogue"))
+        << hostile.out.data();
     EXPECT_TRUE(out.contains("Drevnia: 5 patterns\n  summer\tdrevnia_summer_2\t"
                              "vehicles/camouflage/drevnia/Summer_02.dds\n"
                              "    colours: 60 100 40 255 | 110 100 90 255 | 60 40 30 200 | "
@@ -313,6 +315,27 @@ TEST(CamoTool, BakeRefusesTheGameFolderAndCamoListsTheCatalogues)
                              "    tiling: d02_ironmoth 1 2 0 0, d03_zhuk 1.25 2 0 0, "
                              "d04_gorge 1.5 2 0 0\n"))
         << out.toStdString();
+}
+
+// Fewer masks than paintable maps: the bake refuses the vehicle and writes
+// nothing; the sound vehicle beside it bakes.
+TEST(CamoTool, BakeRefusesAVehicleWhoseMasksDoNotMatchItsMaps)
+{
+    QTemporaryDir mod;
+    const ToolResult refused =
+        runTool(QStringList{"bake", HostileGame, "Mask Count Mismatch", "--mod", mod.path()} +
+                hostileLists());
+    if (noOpenGl(refused))
+        GTEST_SKIP() << "no OpenGL 3.2 core context";
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_TRUE(refused.err.contains(
+        "This tank is currently not supported by the camouflage baking system.\nAborting!"))
+        << refused.err.data();
+    EXPECT_TRUE(filesBelow(mod.path()).isEmpty());
+    const ToolResult baked = runTool(
+        QStringList{"bake", HostileGame, "Sound Vehicle", "--mod", mod.path()} + hostileLists());
+    EXPECT_EQ(baked.exitCode, 0) << baked.err.data();
+    EXPECT_EQ(filesBelow(mod.path()).size(), 3);
 }
 
 TEST(CamoTool, RenderDrawsTheChosenPatternOnTheVehicle)

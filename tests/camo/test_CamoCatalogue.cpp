@@ -126,14 +126,14 @@ TEST(CamoPreview, ChannelsMixOverTheBaseColourInTurn)
 class SampleCamoTest : public testing::Test
 {
 protected:
-    SampleCamoTest()
+    explicit SampleCamoTest(const QString& game = QStringLiteral(FERROX_SAMPLE_GAME_DIR))
     {
         root.enter();
-        settings.gavrelPath = Game;
-        settings.validateGavrelPath(Game);
-        files.resourcesConfigPath = Game + "/ferrox-resources.cfg";
+        settings.gavrelPath = game;
+        settings.validateGavrelPath(game);
+        files.resourcesConfigPath = game + "/ferrox-resources.cfg";
         files.loadZipFiles();
-        database.tankListPath = Game + "/ferrox-tank_list.cfg";
+        database.tankListPath = game + "/ferrox-tank_list.cfg";
         database.rebuildDatabase();
     }
     const CamoNation* catalogue(const QString& nation) const
@@ -149,7 +149,6 @@ protected:
         EXPECT_EQ(camo.tiling, tiling);
     }
 
-    static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
     TestRoot root;
     Settings settings{QString()};
     FileManager files;
@@ -161,10 +160,9 @@ protected:
 
 TEST_F(SampleCamoTest, EveryNationWithACatalogueIsReadWithPreviewsAndTexts)
 {
-    // Caldera has none and Drevnia's plain text loses its first pattern:
-    // the camo command's test (test_CamoBake.cpp) reads the same list.
-    ASSERT_EQ(camo.nations.size(), 3);
-    EXPECT_TRUE(log.lines.join('\n').contains("Could not load camo xml file: Caldera"));
+    // Drevnia's plain text loses its first pattern: the camo command's test
+    // (test_CamoBake.cpp) reads the same list.
+    ASSERT_EQ(camo.nations.size(), 4);
     EXPECT_EQ(catalogue("Ardenia")->options.size(), 6); // two patterns a season
     const CamoOption& first = catalogue("Borvia")->options[0];
     EXPECT_EQ(first.description, "Borvia summer pattern");
@@ -199,7 +197,7 @@ TEST_F(SampleCamoTest, AVehicleOfTheSameNationKeepsSeasonAndRowAnotherReturnsToS
         {"Kestrel's Wrath", "vehicles/camouflage/ardenia/Winter_02.dds", {1.25f, 2, 0, 0}, false},
         {"Bastion", "vehicles/camouflage/ardenia/Winter_02.dds", {0, 0, 0, 0}, false}, // no tiling
         {"Kestrel", "vehicles/camouflage/borvia/Summer_01.dds", {1, 1, 0, 0}, true},
-        {"Basilisk", "", {0, 0, 0, 0}, true}, // a nation without catalogue: nothing
+        {"Basilisk", "vehicles/camouflage/caldera/Summer_01.dds", {1, 1, 0, 0}, true},
         {"Ironmoth", "vehicles/camouflage/drevnia/Summer_02.dds", {1, 2, 0, 0}, true},
     };
     for (const auto& load : loads) {
@@ -214,6 +212,26 @@ TEST_F(SampleCamoTest, AVehicleOfTheSameNationKeepsSeasonAndRowAnotherReturnsToS
     EXPECT_EQ(summer.count(), 4);
     camo.select(5, "summer"); // no such row: nothing applied
     expectApplied("", {0, 0, 0, 0});
+}
+
+// A nation of the hostile installation has no catalogue: its vehicle loads
+// with nothing to apply.
+class HostileCamoTest : public SampleCamoTest
+{
+protected:
+    HostileCamoTest() : SampleCamoTest(QStringLiteral(FERROX_SAMPLE_HOSTILE_DIR)) {}
+};
+
+TEST_F(HostileCamoTest, ANationWithoutCatalogueOffersNothing)
+{
+    EXPECT_EQ(catalogue("No Catalogue"), nullptr);
+    EXPECT_NE(catalogue("Hostile"), nullptr);
+    EXPECT_TRUE(log.lines.join('\n').contains("Could not load camo xml file: No Catalogue"));
+    camo.loadForTank("Sound Vehicle", "", "", "");
+    EXPECT_FALSE(camo.texture.isEmpty());
+    camo.loadForTank("No Camouflage Catalogue", "", "", "");
+    expectApplied("", {0, 0, 0, 0});
+    EXPECT_TRUE(camo.previews("summer").isEmpty());
 }
 
 TEST_F(SampleCamoTest, TheListShowsTheSeasonAndItsClicksAndSwatchesChangeTheAppliedPattern)

@@ -268,11 +268,7 @@ TEST_F(DatabaseTest, BuildsTheTableOfTheSampleInstallation)
 
     EXPECT_EQ(database->translatedCategory("Kestrel's Wrath"), "Tank Destroyers");
     EXPECT_EQ(database->tier("Prototype"), "0");
-    // Two Sentinels: both listed, lookups give Borvia's, the first.
-    EXPECT_EQ(database->translatedNation("Sentinel"), "Borvia");
-    EXPECT_EQ(database->xmlFile("Sentinel"), "scripts/item_defs/vehicles/borvia/b08_sentinel.xml");
-    EXPECT_EQ(column(select(*database, "All", "All", "All", "Sentinel"), 1),
-              (QStringList{"borvia", "drevnia"}));
+    EXPECT_EQ(database->xmlFile("Warden"), "scripts/item_defs/vehicles/drevnia/d07_sentinel.xml");
     // The model folder is named unlike the element.
     EXPECT_EQ(database->tankDirectory("Wyvern"), "vehicles/Caldera/C03_Wyvern");
     EXPECT_EQ(database->modelName("Wyvern"), "c03_wyvern_v2");
@@ -280,4 +276,21 @@ TEST_F(DatabaseTest, BuildsTheTableOfTheSampleInstallation)
         EXPECT_EQ(database->xmlFile(unknown) + database->tier(unknown) +
                       database->translatedNation(unknown) + database->tankDirectory(unknown),
                   QString());
+}
+
+// The hostile installation lists a second vehicle under the sound vehicle's
+// display name: both are rows, lookups by name give the first nation's.
+TEST_F(DatabaseTest, ADisplayNameTwoVehiclesShareFindsTheFirst)
+{
+    const QString hostile = FERROX_SAMPLE_HOSTILE_DIR;
+    settings.gavrelPath = hostile;
+    files.resourcesConfigPath = hostile + "/ferrox-resources.cfg";
+    files.loadZipFiles();
+    database->tankListPath = hostile + "/ferrox-tank_list.cfg";
+    database->rebuildDatabase();
+    EXPECT_EQ(column(select(*database, "All", "All", "All", "Sound Vehicle"), 1),
+              (QStringList{"hostile", "no_catalogue"}));
+    EXPECT_EQ(database->translatedNation("Sound Vehicle"), "Hostile");
+    EXPECT_EQ(database->xmlFile("Sound Vehicle"),
+              "scripts/item_defs/vehicles/hostile/h00_sound_vehicle.xml");
 }

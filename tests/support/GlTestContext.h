@@ -1,5 +1,7 @@
 #pragma once
 
+#include "GlContext.h"
+
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
@@ -24,6 +26,8 @@ public:
         context.setFormat(format);
         valid = context.create() && context.makeCurrent(&surface) &&
                 context.format().version() >= qMakePair(3, 2);
+        if (valid)
+            GlContext::setOwner(&context, [this] { context.makeCurrent(&surface); });
     }
     ~GlTestContext()
     {
@@ -32,6 +36,7 @@ public:
         context.makeCurrent(&surface);
         target.reset();
         context.doneCurrent();
+        GlContext::clearOwner(&context);
     }
 
     // A w x h target with a depth buffer, bound for drawing.

@@ -95,3 +95,16 @@ protected:
     static inline const QString Game = QStringLiteral(FERROX_SAMPLE_GAME_DIR);
     MoReaderCached catalogues;
 };
+
+// The hostile installation: a sound vehicle and one broken vehicle per case.
+class HostileTankLoaderTest : public LoaderFixture
+{
+protected:
+    HostileTankLoaderTest()
+        : LoaderFixture(Game, Game + "/ferrox-resources.cfg", Game + "/ferrox-tank_list.cfg")
+    {
+    }
+
+    static inline const QString Game = QStringLiteral(FERROX_SAMPLE_HOSTILE_DIR);
+    MoReaderCached catalogues;
+};

@@ -56,10 +56,57 @@ TEST(TankCommand, JsonDescribesTheAssembledVehicle)
 
     // A vehicle the loader cannot assemble exits with 1 and says why; an
     // unknown name takes the same path, which the render command's cases check.
-    const ToolResult failed = runTool({"tank", Game, "Harrow", "--json"});
+    const ToolResult failed =
+        runTool(QStringList{"tank", HostileGame, "No Turret", "--json"} + hostileLists());
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_TRUE(failed.out.isEmpty());
-    EXPECT_TRUE(failed.err.contains("Ferrox cannot assemble: Harrow")) << failed.err.data();
+    EXPECT_TRUE(failed.err.contains("Ferrox cannot assemble: No Turret")) << failed.err.data();
+}
+
+// Each gun's shells, "gun: name kind calibre pen100/pen500 loss; ...", as
+// the sample writes them: packed and plain shell files, a shared gun whose
+// vehicle file lists its own shots, and a gun without any.
+TEST(TankCommand, EveryGunListsItsShellsByTranslatedName)
+{
+    const struct
+    {
+        const char* vehicle;
+        QStringList guns;
+    } cases[] = {
+        {"Talon",
+         {"Talon main gun: 45 mm AP ARMOR_PIERCING 45 60/48 0",
+          "Talon gun L2: 88 mm AP ARMOR_PIERCING 88 140/120 0; 88 mm HEAT HOLLOW_CHARGE 88 "
+          "180/180 0.05; 88 mm HE HIGH_EXPLOSIVE 88 44/44 0"}},
+        {"Kestrel",
+         {"Kestrel main gun: 45 mm AP ARMOR_PIERCING 45 60/48 0; 45 mm HE HIGH_EXPLOSIVE 45 "
+          "23/23 0",
+          "Kestrel gun Early: "}},
+        {"Proving Ground",
+         {"Proving Ground main gun: 88 mm AP ARMOR_PIERCING 88 140/120 0; 88 mm HEAT "
+          "HOLLOW_CHARGE 88 180/180 0.05; 88 mm HE HIGH_EXPLOSIVE 88 44/44 0"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.vehicle);
+        const ToolResult result = runTool({"tank", Game, c.vehicle, "--json"});
+        ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+        const QJsonObject tank = QJsonDocument::fromJson(result.out).object();
+        QStringList listed;
+        for (const QJsonValue& gun : tank["turrets"].toArray()[0].toObject()["guns"].toArray()) {
+            QStringList shells;
+            for (const QJsonValue& value : gun.toObject()["shells"].toArray()) {
+                const QJsonObject shell = value.toObject();
+                shells << QStringLiteral("%1 %2 %3 %4 %5")
+                              .arg(shell["name"].toString(), shell["kind"].toString(),
+                                   QString::number(shell["caliber"].toDouble()),
+                                   numbers(shell["piercingPower"]).join('/'),
+                                   QString::number(
+                                       shell["piercingPowerLossFactorByDistance"].toDouble(), 'g',
+                                       3));
+            }
+            listed << gun.toObject()["name"].toString() + ": " + shells.join("; ");
+        }
+        EXPECT_EQ(listed, c.guns);
+    }
 }
 
 } // namespace

@@ -38,7 +38,7 @@ TEST(TankInfo, TextureListsOfTheSampleVehicles)
          {"Hull_AM.dds", "Hull_AM_hd.dds", "Chassis_AM.dds", "Track_AM.tga", "Turret_01_AM.tga",
           "Gun_01_AM.dds"},
          {"Hull_AM.texformat", "Hull_AM_hd.dds"},
-         {"Tank_CM.dds", "Turret_CM.dds"}},
+         {"Tank_CM.dds", "Turret_01_CM.dds", "Turret_CM.dds"}},
         // The turret's "hull_am.dds" is the hull's texture in other letters.
         {"caldera/c03_wyvern_v2.xml",
          "vehicles/Caldera/C03_Wyvern/",

@@ -161,7 +161,7 @@ TEST_F(TankLoaderTest, FailedLoadsLeaveNothingToDraw)
 
 // The sample's vehicles from wherever the program finds them: packed in an
 // archive, plain text, overridden by the mod folder; turrets of one name
-// merged. Some cannot be assembled.
+// merged.
 TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
 {
     using Source = TankLoader::Source;
@@ -180,14 +180,63 @@ TEST_F(SampleTankLoaderTest, VehiclesLoadFromArchiveModFolderAndPlainText)
         EXPECT_EQ(loader->triangleCount(), 724 + 80 + 132 + 144);
     }
     EXPECT_TRUE(boxes.boxes.isEmpty());
+}
 
-    for (const auto& [name, reason] : {std::pair{"Harrow", "the vehicle file has no turret"},
-                                       {"Marauder", "turret B06_Marauder_Turret has no gun"}}) {
-        SCOPED_TRACE(name);
-        ASSERT_TRUE(loader->load("Talon"));
-        const QString failure = QString("Failed to parse xml file for tank: ") + name;
-        expectFailedLoad(name, "[Error] " + failure + " (" + reason + ")", failure);
+// Each vehicle of the hostile installation that cannot be assembled, loaded
+// after the sound one: it says why, in the log and in the boxes the
+// program shows for its cause, and leaves nothing half loaded.
+TEST_F(HostileTankLoaderTest, EachBrokenVehicleFailsWithItsReasonAfterASoundOne)
+{
+    const QString parse = QStringLiteral("Failed to parse xml file for tank: ");
+    const QString closing = QStringLiteral("\nApplication will now close.");
+    const QString models = QStringLiteral("vehicles/Hostile/");
+    // name, a logged line, the boxes shown
+    const std::tuple<QString, QString, QStringList> cases[] = {
+        {"No Turret",
+         "[Error] " + parse + "No Turret (the vehicle file has no turret)",
+         {parse + "No Turret"}},
+        {"Turret Without Gun",
+         parse + "Turret Without Gun (turret H02_Turret_Without_Gun_Turret has no gun)",
+         {parse + "Turret Without Gun"}},
+        {"Missing Gun File",
+         parse + "Missing Gun File (no gun file "
+                 "scripts/item_defs/vehicles/hostile_guns/components/guns.xml)",
+         {parse + "Missing Gun File"}},
+        {"Empty Document",
+         "Could not find the model folder of: Empty Document",
+         {"Error reading data: readInt()" + closing}},
+        {"No Vehicle File",
+         "Could not open file: scripts/item_defs/vehicles/hostile/h08_no_vehicle_file.xml",
+         {}},
+        {"Missing Model",
+         "Failed loading: " + models + "H05_Missing_Model/normal/lod0/Chassis.primitives",
+         {}},
+        {"Truncated Member",
+         "Size mismatch: " + models + "H06_Truncated_Member/normal/lod0/Hull.primitives",
+         {"Size mismatch" + closing, "Error reading data: readInt()" + closing}},
+    };
+    for (const auto& [name, logged, shown] : cases) {
+        SCOPED_TRACE(name.toStdString());
+        ASSERT_TRUE(loader->load("Sound Vehicle"));
+        LogCapture log;
+        boxes.boxes.clear();
+        EXPECT_FALSE(loader->load(name));
+        EXPECT_FALSE(loader->loaded);
+        EXPECT_EQ(loader->triangleCount(), 0);
+        EXPECT_TRUE(log.lines.join('\n').contains(logged)) << log.lines.join('\n').toStdString();
+        QStringList texts;
+        for (const auto& box : boxes.boxes)
+            texts.append(box.text);
+        EXPECT_EQ(texts, shown);
+        walkChain();
     }
+    // A broken texture costs the vehicle its colour, not its shape.
+    LogCapture log;
+    ASSERT_TRUE(loader->load("Broken DDS"));
+    EXPECT_TRUE(log.lines.join('\n').contains("Failed to load texture: " + models +
+                                              "H07_Broken_DDS/Hull_AM.dds"));
+    loader->hideChassis = loader->hideHull = loader->hideTurret = loader->hideGun = false;
+    EXPECT_GT(loader->triangleCount(), 0);
 }
 
 } // namespace

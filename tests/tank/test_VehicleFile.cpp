@@ -136,11 +136,14 @@ TEST(SampleVehicleFiles, ReadFromTheArchives)
     EXPECT_EQ(own.name, "Talon gun L2");
     EXPECT_EQ(own.front, (Vector3{10, -2, 0}));
     EXPECT_EQ(own.back, (Vector3{170, -4, 0}));
-    // Tiling counts only with a mask of the part's own; other parts take the
-    // vehicle's mask.
+    // Tiling counts only with a mask of the part's own; a part without one
+    // takes the vehicle's mask.
     const QString folder = QStringLiteral("vehicles/Ardenia/A01_Talon/");
-    EXPECT_EQ(first.guns[0].exclusionMask, folder + "Tank_CM.dds");
-    EXPECT_EQ(first.guns[0].tiling, (Vector4{1, 1, 1, 1}));
+    ASSERT_EQ(talon.turrets[1].guns.size(), 2);
+    const Gun& unmasked = talon.turrets[1].guns[1];
+    EXPECT_EQ(unmasked.exclusionMask, folder + "Tank_CM.dds");
+    EXPECT_EQ(unmasked.tiling, (Vector4{1, 1, 1, 1}));
+    EXPECT_EQ(first.guns[0].exclusionMask, folder + "Gun_01_CM.dds");
     EXPECT_EQ(own.exclusionMask, folder + "Gun_CM.dds");
     EXPECT_EQ(own.tiling, (Vector4{2, 1, 0, 0}));
 
@@ -150,7 +153,7 @@ TEST(SampleVehicleFiles, ReadFromTheArchives)
     EXPECT_EQ(kestrel.turrets[0].name, "Kestrel turret");
     EXPECT_EQ(kestrel.turrets[0].guns.size(), 2);
     EXPECT_EQ(read(v + "drevnia/d10_anvil.xml").startIndex, 0);
-    // Why Harrow and Marauder cannot be assembled: SampleTankLoaderTest.
+    // Vehicle files that cannot be assembled: HostileTankLoaderTest.
     EXPECT_TRUE(boxes.boxes.isEmpty());
 }
 

@@ -1,6 +1,7 @@
 // ferrox-tool as a modder runs it: a separate process on the sample
 // installation, from a working directory of its own.
 
+#include "Constants.h"
 #include "QtPrinters.h"
 #include "TestRoot.h"
 #include "ToolRunner.h"
@@ -81,6 +82,17 @@ TEST(FerroxToolTest, RefusalsSayWhy)
                  {{"tanks", notAGame.path()}, 1, "Not a Gavrel installation"},
                  {{"tanks", withoutItemTypes.path()}, 1, "Could not build the database."},
                  {{"frobnicate"}, 2, "unknown command"},
+                 // Unknown commands and options come with the usage.
+                 {{"--frobnicate"}, 2, "commands:"},
+                 {{"help", "frobnicate"}, 2, "commands:"},
+                 {{"tanks", SampleGame, "--frobnicate"}, 2, "usage: ferrox-tool tanks"},
+                 {{"gltf", SampleGame, "Talon", "--out", "talon.obj"}, 1, ".glb or .gltf"},
+                 {{"gltf", SampleGame, "Talon", "--out", "/no/such/folder/t.glb"},
+                  1,
+                  "No folder to write into"},
+                 {{"gltf", SampleGame, "Talon", "--out", SampleGame + "/t.glb"},
+                  1,
+                  "never writes into the game folder"},
                  {{"cat", SampleGame}, 2, "usage"},
                  {{"check"}, 2, "usage"},
                  {{"translate", SampleGame}, 2, "usage"},
@@ -91,6 +103,29 @@ TEST(FerroxToolTest, RefusalsSayWhy)
         EXPECT_EQ(result.exitCode, c.exitCode);
         EXPECT_TRUE(result.out.isEmpty());
         EXPECT_TRUE(result.err.contains(c.error)) << result.err.toStdString();
+    }
+}
+
+// What people ask any command-line program first is answered on standard
+// output with exit code 0.
+TEST(FerroxToolTest, HelpAndVersionAnswerOnStandardOutput)
+{
+    const struct
+    {
+        QStringList arguments;
+        QByteArray answer;
+    } cases[] = {{{"--help"}, "commands:"},
+                 {{"-h"}, "commands:"},
+                 {{"help"}, "commands:"},
+                 {{"help", "gltf"}, "usage: ferrox-tool gltf GAME_DIR NAME --out FILE.glb"},
+                 {{"gltf", "--help"}, "usage: ferrox-tool gltf GAME_DIR NAME --out FILE.glb"},
+                 {{"--version"}, "ferrox-tool " + QByteArray(Ferrox::ApplicationVersion) + "\n"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        const ToolResult result = runTool(c.arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_TRUE(result.out.contains(c.answer)) << result.out.toStdString();
+        EXPECT_TRUE(result.err.isEmpty()) << result.err.toStdString();
     }
 }
 

@@ -73,7 +73,7 @@ TEST(GameTextCommandsTest, TanksListsTheTableAsTheFilterBoxesChooseIt)
         {{"--nation", "Borvia", "--tier", "8"}, 3, {"B08_Sentinel"}},
         {{"--category", "Tank Destroyers"},
          4,
-         {"Kestrel's Wrath", "Škorpion", "Pike", "Sentinel", "Anvil"}},
+         {"Kestrel's Wrath", "Škorpion", "Pike", "Warden", "Anvil"}},
         {{"--filter", "KESTREL"}, 4, {"Kestrel's Wrath", "Kestrel"}},
         {{"--filter", "l's"}, 4, {"Kestrel's Wrath"}},
         {{"--nation", "Nowhere"}, 4, {}}};

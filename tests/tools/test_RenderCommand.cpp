@@ -46,7 +46,6 @@ TEST(RenderCommandTest, RefusesWhatItCannotDoWithExitCodeOneAndWritesNothing)
     const std::tuple<QStringList, QString, const char*> cases[] = {
         // clang-format off
         {{"Nobody", "--out", "a.png"}, "a.png", "Not in the vehicle table"},
-        {{"Harrow", "--out", "a.png"}, "a.png", "Failed to parse xml file for tank: Harrow"},
         {{"Talon", "--out", "a.png", "--size", "0x10"}, "a.png", "--size"},
         {{"Talon", "--out", "a.png", "--state", "wrecked"}, "a.png", "--state"},
         {{"Talon", "--out", "a.png", "--turret", "Nope"}, "a.png", "No turret named: Nope"},
@@ -64,10 +63,19 @@ TEST(RenderCommandTest, RefusesWhatItCannotDoWithExitCodeOneAndWritesNothing)
         EXPECT_TRUE(result.err.contains(message)) << result.err.toStdString();
         EXPECT_FALSE(QFile::exists(QDir(folder.path()).absoluteFilePath(out)));
     }
-    // The tank command shows the same failure as text, not as a box.
-    const ToolResult tank = runTool({"tank", SampleGame, "Harrow"}, folder.path());
+    // A vehicle that cannot be assembled is refused as well; the tank command
+    // shows the same failure as text, not as a box.
+    const QString failure = QStringLiteral("Failed to parse xml file for tank: No Turret");
+    const ToolResult render =
+        runTool(QStringList{"render", HostileGame, "No Turret", "--out", "a.png"} + hostileLists(),
+                folder.path());
+    EXPECT_EQ(render.exitCode, 1);
+    EXPECT_TRUE(render.err.contains(failure.toUtf8())) << render.err.toStdString();
+    EXPECT_FALSE(QFile::exists(QDir(folder.path()).absoluteFilePath("a.png")));
+    const ToolResult tank =
+        runTool(QStringList{"tank", HostileGame, "No Turret"} + hostileLists(), folder.path());
     EXPECT_EQ(tank.exitCode, 1);
-    EXPECT_TRUE(tank.err.contains("Failed to parse xml file for tank: Harrow"));
+    EXPECT_TRUE(tank.err.contains(failure.toUtf8()));
 }
 
 } // namespace

@@ -32,6 +32,13 @@ inline int changedPixels(const QImage& before, const QImage& after)
     return changed;
 }
 
+// The names the tank list shows, in its order.
+inline QStringList listedTankNames(const MainWindow& window)
+{
+    const auto* model = qobject_cast<QStringListModel*>(window.ui.mTankListView->model());
+    return model ? model->stringList() : QStringList();
+}
+
 class WindowTest : public testing::Test
 {
 protected:
@@ -39,14 +46,16 @@ protected:
 
     WindowTest() { writeSettings("<ShadowMap>1024</ShadowMap>"); }
 
-    // A settings file on the sample installation with these renderer values.
-    void writeSettings(const QByteArray& rendererCommon)
+    // A settings file on a game folder (the sample installation and its mod
+    // folder unless told otherwise) with these renderer values.
+    void writeSettings(const QByteArray& rendererCommon, const QString& game = Game,
+                       const QString& mod = Game + QStringLiteral("-mod"))
     {
         root.writeFile(QStringLiteral("data/settings.cfg"),
                        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings>\n"
                        " <Paths><GavrelPath>" +
-                           Game.toUtf8() + "</GavrelPath><ModPath>" + Game.toUtf8() +
-                           "-mod</ModPath></Paths>\n"
+                           game.toUtf8() + "</GavrelPath><ModPath>" + mod.toUtf8() +
+                           "</ModPath></Paths>\n"
                            " <RendererSystems><Renderer><ShaderDir>../data/shaders/glsl150"
                            "</ShaderDir></Renderer></RendererSystems>\n <RendererCommon>" +
                            rendererCommon + "</RendererCommon>\n</Settings>\n");
@@ -72,11 +81,7 @@ protected:
 
     QString userFile(const QString& name) const { return root.dataDirectory() + '/' + name; }
 
-    static QStringList listedNames(const MainWindow& window)
-    {
-        const auto* model = qobject_cast<QStringListModel*>(window.ui.mTankListView->model());
-        return model ? model->stringList() : QStringList();
-    }
+    static QStringList listedNames(const MainWindow& window) { return listedTankNames(window); }
 
     // Makes the row of that name current; false when it isn't listed.
     static bool selectTank(MainWindow& window, const QString& name)

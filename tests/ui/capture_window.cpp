@@ -2,14 +2,17 @@
 // repository: the shipped default layout and the README's screenshot.
 //   capture_window --layout FILE      the window state the program ships
 //   capture_window --screenshot FILE  the window with a vehicle loaded
+//   capture_window --weakspots FILE   the same with the weak-spot map shown
 
 #include "FerroxMain.h"
 #include "MainWindow.h"
 #include "MessageBoxRecorder.h"
 #include "RenderWidget.h"
 #include "TestRoot.h"
+#include "WeakSpotDisplay.h"
 
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QSettings>
 #include <QStringListModel>
@@ -89,6 +92,17 @@ int main(int argc, char** argv)
             // Lay out at the new size and let the viewport draw once.
             QCoreApplication::processEvents();
             window.renderWidget->grabFramebuffer();
+            if (mode == QLatin1String("--weakspots")) {
+                window.ui.armorInspectEnable->setChecked(true);
+                window.ui.shellChoiceBox->setCurrentIndex(0);
+                window.renderWidget->grabFramebuffer();
+                QEventLoop wait;
+                QObject::connect(&window.weakSpots->job, &WeakSpotJob::finished, &wait,
+                                 &QEventLoop::quit);
+                window.ui.weakSpotsCheckbox->setChecked(true);
+                wait.exec();
+                window.renderWidget->grabFramebuffer();
+            }
             written = window.grab().save(out);
         }
         QTimer::singleShot(0, &window, &QWidget::close);

@@ -8,10 +8,15 @@
 #include "Physics.h"
 #include "RenderWidget.h"
 #include "TankLoader.h"
+#include "ToolRunner.h"
+#include "WeakSpotDisplay.h"
 
 #include <QHeaderView>
 #include <QMouseEvent>
+#include <QProgressBar>
+#include <QSignalSpy>
 #include <QStandardItemModel>
+#include <QTemporaryDir>
 
 namespace {
 // What the report names after each "Material: ", in order.
@@ -143,5 +148,135 @@ TEST_F(WindowTest, CollisionStateShowsTheArmourTablesAndASecondClickClears)
         EXPECT_EQ(regular->model(), armor->regularModel);
         window.ui.UndamagedBtn->click();
         EXPECT_FALSE(window.ui.armorDock->isVisible());
+    });
+}
+
+// The "Shell:" box offers the fitted gun's shells and sets the shell boxes;
+// the penetration that reaches the ray follows the shell and the distance.
+TEST_F(WindowTest, TheShellBoxOffersTheFittedGunsShells)
+{
+    runWindow([](MainWindow& window) {
+        QComboBox* box = window.ui.shellChoiceBox;
+        const auto listed = [box] {
+            QStringList names;
+            for (int i = 0; i < box->count(); ++i)
+                names.append(box->itemText(i));
+            return names;
+        };
+        EXPECT_EQ(listed(), QStringList{"Custom"});
+        loadByName(window, QStringLiteral("Proving Ground"));
+        EXPECT_EQ(listed(), (QStringList{"88 mm AP", "88 mm HEAT", "88 mm HE", "Custom"}));
+        EXPECT_EQ(box->currentText(), "Custom");
+        EXPECT_EQ(box->itemData(0, Qt::ToolTipRole).toString(),
+                  "ARMOR_PIERCING, 88 mm; penetration 140 mm at 100 m, 120 mm at 500 m");
+
+        const ShellParamaters& shell = Physics::instance()->shell;
+        EXPECT_FLOAT_EQ(shell.penetration, 0); // the custom shell has none yet
+        struct Case
+        {
+            int entry, distance;
+            int type;
+            float normalization, penetration, loss;
+        };
+        const Case cases[] = {{1, 100, 3, 0, 180, 0.05f},
+                              {0, 100, 0, 2, 140, 0},
+                              {0, 500, 0, 2, 120, 0},
+                              {2, 300, 2, 0, 44, 0},
+                              {0, 300, 0, 2, 130, 0}};
+        for (const Case& c : cases) {
+            box->setCurrentIndex(c.entry);
+            window.ui.shellDistanceBox->setValue(c.distance);
+            SCOPED_TRACE(box->currentText().toStdString());
+            EXPECT_EQ(window.ui.shellCombo->currentIndex(), c.type);
+            EXPECT_FLOAT_EQ(shell.type, c.type);
+            EXPECT_FLOAT_EQ(shell.calibre, 88);
+            EXPECT_FLOAT_EQ(shell.normalization, c.normalization);
+            EXPECT_FLOAT_EQ(shell.penetration, c.penetration);
+            EXPECT_FLOAT_EQ(shell.lossPerDecimetre, c.loss);
+            EXPECT_FALSE(window.ui.shellPenetrationBox->isEnabled());
+        }
+        box->setCurrentIndex(3);
+        EXPECT_TRUE(window.ui.shellPenetrationBox->isEnabled());
+        window.ui.shellPenetrationBox->setValue(150);
+        EXPECT_FLOAT_EQ(shell.penetration, 150);
+
+        // A gun without shots leaves the custom shell alone; the chosen
+        // game shell stays chosen over a gun change that keeps it.
+        loadByName(window, QStringLiteral("Kestrel"));
+        EXPECT_EQ(listed(), (QStringList{"45 mm AP", "45 mm HE", "Custom"}));
+        box->setCurrentIndex(1);
+        EXPECT_FLOAT_EQ(shell.penetration, 23);
+        window.ui.gunComboBox->setCurrentIndex(1);
+        EXPECT_EQ(listed(), QStringList{"Custom"});
+        EXPECT_FLOAT_EQ(shell.penetration, 150);
+    });
+}
+
+// The window's weak-spot map is the tool's for the same view, and the frame
+// shows it over the vehicle. An orthographic camera looks straight at the
+// proving ground's plates; its target has one decimal, as the camera dock
+// keeps it.
+TEST_F(WindowTest, TheWeakSpotMapIsTheToolsAndCoversTheFrame)
+{
+    QTemporaryDir dir;
+    const QString camera = dir.filePath("front.Camera");
+    QFile file(camera);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<Camera><Type>1</Type><Target>0 1.4 0</Target><Rotation>0 0 0</Rotation>"
+               "<Zoom>10</Zoom><Fov>55</Fov></Camera>");
+    file.close();
+    runWindow([&](MainWindow& window) {
+        loadByName(window, QStringLiteral("Proving Ground"));
+        window.ui.armorInspectEnable->setChecked(true);
+        window.ui.shellChoiceBox->setCurrentIndex(0); // 88 mm AP
+        RenderWidget* viewport = window.renderWidget;
+        ASSERT_TRUE(viewport->controls.loadView(camera));
+        viewport->grabFramebuffer();
+        const QSize size(viewport->frame.viewWidth, viewport->frame.viewHeight);
+
+        QSignalSpy finished(&window.weakSpots->job, &WeakSpotJob::finished);
+        window.ui.weakSpotsCheckbox->setChecked(true);
+        EXPECT_FALSE(window.ui.weakSpotsProgress->isHidden());
+        ASSERT_TRUE(finished.wait(120000));
+        EXPECT_TRUE(window.ui.weakSpotsProgress->isHidden());
+        const QImage map = window.weakSpots->map();
+        ASSERT_EQ(map.size(), size);
+
+        const QString out = dir.filePath("tool.png");
+        const ToolResult tool =
+            runTool({"weakspots", QStringLiteral(FERROX_SAMPLE_GAME_DIR), "Proving Ground",
+                     "--shell", "88 mm AP", "--camera", camera, "--size",
+                     QStringLiteral("%1x%2").arg(size.width()).arg(size.height()), "--out", out});
+        ASSERT_EQ(tool.exitCode, 0) << tool.err.toStdString();
+        const QImage fromTool = QImage(out).convertToFormat(QImage::Format_ARGB32);
+        EXPECT_TRUE(fromTool == map.convertToFormat(QImage::Format_ARGB32))
+            << saveFailedImage(map, "window").toStdString() << " "
+            << saveFailedImage(fromTool, "tool").toStdString();
+
+        // The 45 degree plate in its hand-computed colour (chance 0.547) and a
+        // ricochet plate in red, in the map and in the frame over it.
+        const QImage frame = viewport->grabFramebuffer().convertToFormat(QImage::Format_RGB32);
+        for (const QColor& plate : {QColor(231, 255, 0), QColor(255, 0, 0)}) {
+            QPoint found(-1, -1);
+            for (int y = 0; y < map.height() && found.x() < 0; ++y)
+                for (int x = 0; x < map.width() && found.x() < 0; ++x)
+                    if (map.pixel(x, y) == plate.rgba())
+                        found = {x, y};
+            ASSERT_GE(found.x(), 0) << plate.name().toStdString() << " "
+                                    << saveFailedImage(map, "window").toStdString();
+            // Inside the plate, away from its edge.
+            const QPoint at = found + QPoint(3, 3);
+            EXPECT_EQ(map.pixelColor(at), plate);
+            const QColor seen = frame.pixelColor(at);
+            EXPECT_LE(std::abs(seen.red() - plate.red()) + std::abs(seen.green() - plate.green()) +
+                          seen.blue(),
+                      3)
+                << seen.name().toStdString() << " for " << plate.name().toStdString() << " "
+                << saveFailedImage(frame, "frame").toStdString();
+        }
+
+        // Off again: the frame shows no map.
+        window.ui.weakSpotsCheckbox->setChecked(false);
+        EXPECT_TRUE(viewport->frame.scene.imageLayer.image().isNull());
     });
 }

@@ -15,6 +15,7 @@
 #include "TankLoader.h"
 #include "TestFiles.h"
 #include "TextureLoader.h"
+#include "ToolRunner.h"
 #include "UvGenerateUI.h"
 
 #include <QClipboard>
@@ -384,6 +385,35 @@ TEST_F(ModToolsTest, UvDialogSavesTemplatesAtTheChosenScale)
         const QSize size = TextureLoader::instance()->ddsSize(texture);
         ASSERT_FALSE(size.isEmpty());
         EXPECT_EQ(QImage(file).size(), size * 2);
+    });
+}
+
+// File > "Export glTF..." starts in the vehicle's folder in the mod folder
+// and writes, for the state shown, the very file ferrox-tool writes.
+TEST_F(ModToolsTest, GltfExportStartsInTheModFolderAndWritesWhatTheToolWrites)
+{
+    runWindow([&](MainWindow& window) {
+        settings().modPath = mods();
+        loadByName(window, QStringLiteral("Talon"));
+        window.ui.DamagedBtn->click();
+        const QString file = root.filePath(QStringLiteral("window.glb"));
+        QString start;
+        setFileDialogHandler([&](const FileDialogRequest& request) {
+            start = request.startDirectory;
+            return file;
+        });
+        window.ui.actionExport_glTF->trigger();
+        setFileDialogHandler({});
+        EXPECT_EQ(start,
+                  QDir::toNativeSeparators(mods() + QStringLiteral("/vehicles/Ardenia/A01_Talon/"
+                                                                   "a01_talon_destroyed.glb")));
+        const QString toolFile = root.filePath(QStringLiteral("tool.glb"));
+        const ToolResult tool =
+            runTool({"gltf", Game, "Talon", "--state", "destroyed", "--out", toolFile});
+        ASSERT_EQ(tool.exitCode, 0) << tool.err.toStdString();
+        const QByteArray written = readFile(file);
+        EXPECT_FALSE(written.isEmpty());
+        EXPECT_TRUE(written == readFile(toolFile));
     });
 }
 

@@ -53,17 +53,41 @@ bool readPoint(const ToolArguments& arguments, const char* name, Vector3* point)
     return true;
 }
 
+// The fitted gun's shell asked for by --shell (element or translated name):
+// its type, calibre and normalisation, and its penetration at --distance,
+// each unless given on its own.
+bool applyGunShell(const ToolArguments& arguments, const TurretGunChooser& chooser,
+                   ShellParamaters* shell)
+{
+    const QString key = arguments.option(QStringLiteral("shell"));
+    if (key.isEmpty())
+        return true;
+    const Turret* turret = chooser.currentTurret();
+    const Gun* gun = turret ? turret->gun(chooser.currentGunName) : chooser.currentGun();
+    const Shell* found = nullptr;
+    for (const Shell& candidate : gun ? gun->shells : QVector<Shell>())
+        if (candidate.tag == key || candidate.name == key)
+            found = &candidate;
+    if (!found)
+        return fail(QStringLiteral("The fitted gun has no shell named: ") + key);
+    float distance = 100;
+    if (!readNumberOption(arguments, "distance", "metres", &distance))
+        return false;
+    if (!arguments.hasOption(QStringLiteral("type")))
+        shell->type = found->shellType();
+    if (!arguments.hasOption(QStringLiteral("calibre")))
+        shell->calibre = found->calibre;
+    if (!arguments.hasOption(QStringLiteral("norm")))
+        shell->normalization = found->normalization();
+    if (!arguments.hasOption(QStringLiteral("pen")))
+        shell->penetration = found->penetrationAt(distance);
+    shell->lossPerDecimetre = found->lossFactorByDistance;
+    return true;
+}
+
 bool readShot(const ToolArguments& arguments, Shot* shot)
 {
-    if (arguments.hasOption(QStringLiteral("type"))) {
-        shot->shell.type = int(shellTypes.indexOf(arguments.option(QStringLiteral("type"))));
-        if (shot->shell.type < 0)
-            return fail(QStringLiteral("--type is AP, APCR, HE or HEAT, not: ") +
-                        arguments.option(QStringLiteral("type")));
-    }
     return readPoint(arguments, "from", &shot->from) && readPoint(arguments, "to", &shot->to) &&
-           readNumberOption(arguments, "calibre", "a number", &shot->shell.calibre) &&
-           readNumberOption(arguments, "norm", "a number", &shot->shell.normalization) &&
            readNumberOption(arguments, "yaw", "a number", &shot->yaw) &&
            readNumberOption(arguments, "turret-yaw", "a number", &shot->turretYaw) &&
            readNumberOption(arguments, "gun-pitch", "a number", &shot->gunPitch);
@@ -105,20 +129,42 @@ QJsonArray jsonPoint(const Vector3& point)
     return {point[0], point[1], point[2]};
 }
 
+QString verdictName(int verdict)
+{
+    switch (verdict) {
+    case Penetrated:
+        return QStringLiteral("Penetrated");
+    case NotPenetrated:
+        return QStringLiteral("Not penetrated");
+    case RicochetVerdict:
+        return QStringLiteral("Ricochet");
+    default:
+        return QString();
+    }
+}
+
 QByteArray resultsJson(const RayResultsList& results)
 {
     QJsonArray list;
-    for (const RayResult& result : results)
-        list.append(QJsonObject{{"name", result.name},
-                                {"armor", result.armor},
-                                {"effective", result.effective},
-                                {"angle", result.angle},
-                                {"normalizedAngle", result.normalizedAngle},
-                                {"ricochet", result.ricochet},
-                                {"freeTravel", result.freeTravel},
-                                {"spaced", result.spaced},
-                                {"category", result.category},
-                                {"hitPoint", jsonPoint(result.hitPoint)}});
+    for (const RayResult& result : results) {
+        QJsonObject plate{{"name", result.name},
+                          {"armor", result.armor},
+                          {"effective", result.effective},
+                          {"angle", result.angle},
+                          {"normalizedAngle", result.normalizedAngle},
+                          {"ricochet", result.ricochet},
+                          {"freeTravel", result.freeTravel},
+                          {"spaced", result.spaced},
+                          {"category", result.category},
+                          {"hitPoint", jsonPoint(result.hitPoint)}};
+        if (result.hasPenetration) {
+            plate.insert("penetrationBefore", result.penetrationBefore);
+            plate.insert("penetrationAfter", result.penetrationAfter);
+            plate.insert("verdict", verdictName(result.verdict));
+            plate.insert("chance", result.chance);
+        }
+        list.append(plate);
+    }
     return QJsonDocument(list).toJson(QJsonDocument::Indented);
 }
 
@@ -154,6 +200,7 @@ void print(const QByteArray& text)
 }
 
 const char* usage = "usage: ferrox-tool armor GAME_DIR NAME --from X,Y,Z --to X,Y,Z "
+                    "[--shell NAME] [--pen MM] [--distance M] "
                     "[--calibre MM] [--type AP|APCR|HE|HEAT] [--norm DEG] [--turret NAME] "
                     "[--gun NAME] [--yaw DEG] [--turret-yaw DEG] [--gun-pitch DEG] [--json]\n"
                     "       ferrox-tool armor GAME_DIR NAME --table";
@@ -170,7 +217,7 @@ int armorCommand(const ToolArguments& arguments)
         return 2;
     }
     Shot request;
-    if (shot && !readShot(arguments, &request))
+    if (shot && !(readShot(arguments, &request) && readShellOptions(arguments, &request.shell)))
         return 1;
     Physics physics;
     OffscreenVehicle vehicle;
@@ -184,6 +231,8 @@ int armorCommand(const ToolArguments& arguments)
         print(armorTable(*CollisionArmor::instance()).toUtf8());
         return 0;
     }
+    if (shot && !applyGunShell(arguments, *loader.chooser, &request.shell))
+        return 1;
     loader.setTankRotation(request.yaw);
     loader.setTurretRotation(request.turretYaw);
     loader.setGunRotation(request.gunPitch);
@@ -194,4 +243,23 @@ int armorCommand(const ToolArguments& arguments)
               ? resultsJson(physics.results)
               : ArmorReport::plainText(physics.results).toUtf8());
     return 0;
+}
+
+bool readShellOptions(const ToolArguments& arguments, ShellParamaters* shell)
+{
+    if (arguments.hasOption(QStringLiteral("type"))) {
+        shell->type = int(shellTypes.indexOf(arguments.option(QStringLiteral("type"))));
+        if (shell->type < 0)
+            return fail(QStringLiteral("--type is AP, APCR, HE or HEAT, not: ") +
+                        arguments.option(QStringLiteral("type")));
+    }
+    return readNumberOption(arguments, "calibre", "a number", &shell->calibre) &&
+           readNumberOption(arguments, "norm", "a number", &shell->normalization) &&
+           readNumberOption(arguments, "pen", "millimetres", &shell->penetration);
+}
+
+bool chooseGunShell(const ToolArguments& arguments, const TurretGunChooser& chooser,
+                    ShellParamaters* shell)
+{
+    return applyGunShell(arguments, chooser, shell);
 }

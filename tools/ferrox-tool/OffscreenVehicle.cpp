@@ -4,6 +4,7 @@
 #include "BufferManager.h"
 #include "CamoLoader.h"
 #include "Database.h"
+#include "GlContext.h"
 #include "MaterialLoader.h"
 #include "MatrixStack.h"
 #include "MoReaderCached.h"
@@ -33,8 +34,10 @@ OffscreenVehicle::~OffscreenVehicle()
     matrices.reset();
     shaders.reset();
     buffers.reset();
-    if (contextMade)
+    if (contextMade) {
         context.doneCurrent();
+        GlContext::clearOwner(&context);
+    }
 }
 
 QString OffscreenVehicle::gameDirectory() const
@@ -92,6 +95,8 @@ bool OffscreenVehicle::createContext()
     surface.create();
     context.setFormat(format);
     contextMade = context.create();
+    if (contextMade)
+        GlContext::setOwner(&context, [this] { context.makeCurrent(&surface); });
     return contextMade && context.makeCurrent(&surface) &&
            context.format().version() >= qMakePair(3, 2);
 }

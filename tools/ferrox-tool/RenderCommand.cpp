@@ -1,13 +1,15 @@
 #include "RenderCommand.h"
 
 #include "CamoCommands.h"
+#include "CamoLoader.h"
 #include "FrameRenderer.h"
 #include "OffscreenVehicle.h"
 #include "Physics.h"
 #include "Settings.h"
+#include "SurfaceFormat.h"
 #include "TankLoader.h"
 #include "ToolContext.h"
-#include "TurretGunChooser.h"
+#include "VehiclePose.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -26,18 +28,23 @@ struct RenderRequest
     QString out; // absolute
     QByteArray format;
     QSize size = DefaultSize;
-    int state = Intact;
-    QString turret;
-    QString gun;
-    float yaw = 0;
-    float turretYaw = 0;
-    float gunPitch = 0;
+    VehiclePose pose;
     QString camera; // absolute, empty for the viewport's start camera
     bool garage = true;
     bool transparent = false;
     // A group's camouflage flag reaches its shader from the frame after it
     // is set: one frame more is drawn first.
     bool camouflage = false;
+    // The window's "Hide" boxes, draw style and grid texture.
+    bool hidden[4] = {};
+    bool wireframe = false;
+    bool solidWire = false;
+    bool gridTexture = false;
+    // An armour shot from the eye toward the far point, as a Ctrl + click
+    // in armour mode fires it: the ray and the hit marker are drawn.
+    bool ray = false;
+    Vector3 rayFrom{};
+    Vector3 rayTo{};
 };
 
 bool fail(const QString& message)
@@ -55,36 +62,6 @@ bool readSize(const QString& text, QSize* size)
                     text);
     *size = QSize(match.captured(1).toInt(), match.captured(2).toInt());
     return true;
-}
-
-bool readState(const QString& text, int* state)
-{
-    if (text.isEmpty() || text == QLatin1String("intact"))
-        *state = Intact;
-    else if (text == QLatin1String("destroyed"))
-        *state = Destroyed;
-    else if (text == QLatin1String("collision"))
-        *state = Collision;
-    else
-        return fail(QStringLiteral("--state is intact, destroyed or collision, not: ") + text);
-    return true;
-}
-
-// The path as the file system resolves it, for a file that may not exist
-// yet: its folder resolved, and the file's own link followed if it is one.
-QString resolvedPath(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.exists())
-        return info.canonicalFilePath();
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? QString() : folder + QLatin1Char('/') + info.fileName();
-}
-
-bool insideFolder(const QString& path, const QString& folder)
-{
-    const QString root = QFileInfo(folder).canonicalFilePath();
-    return !root.isEmpty() && (path == root || path.startsWith(root + QLatin1Char('/')));
 }
 
 // Says why FILE cannot be written before anything is rendered. The game
@@ -108,6 +85,51 @@ bool readOutFile(const QString& text, const QString& gameDirectory, RenderReques
     return true;
 }
 
+bool readHidden(const QString& text, bool hidden[4])
+{
+    static const QStringList parts{QStringLiteral("chassis"), QStringLiteral("hull"),
+                                   QStringLiteral("turret"), QStringLiteral("gun")};
+    for (const QString& part : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        const int index = int(parts.indexOf(part.trimmed()));
+        if (index < 0)
+            return fail(QStringLiteral("--hide takes chassis, hull, turret and gun: ") + text);
+        hidden[index] = true;
+    }
+    return true;
+}
+
+bool readStyle(const QString& text, RenderRequest* request)
+{
+    request->wireframe = text == QLatin1String("wire");
+    request->solidWire = text == QLatin1String("solid-wire");
+    if (text.isEmpty() || text == QLatin1String("solid") || request->wireframe ||
+        request->solidWire)
+        return true;
+    return fail(QStringLiteral("--draw is solid, wire or solid-wire, not: ") + text);
+}
+
+bool readRay(const QString& text, RenderRequest* request)
+{
+    if (text.isEmpty())
+        return true;
+    const QStringList ends = text.split(QLatin1Char(':'));
+    bool ok = ends.size() == 2;
+    for (int end = 0; ok && end < 2; ++end) {
+        const QStringList numbers = ends[end].split(QLatin1Char(','));
+        ok = numbers.size() == 3;
+        Vector3& point = end == 0 ? request->rayFrom : request->rayTo;
+        for (int i = 0; ok && i < 3; ++i) {
+            point[size_t(i)] = numbers[i].toFloat(&ok);
+            ok = ok && std::isfinite(point[size_t(i)]);
+        }
+    }
+    if (!ok)
+        return fail(QStringLiteral("--ray wants X,Y,Z:X,Y,Z (from the eye to the far point): ") +
+                    text);
+    request->ray = true;
+    return true;
+}
+
 bool readCamera(const QString& text, QString* camera)
 {
     if (text.isEmpty())
@@ -124,87 +146,69 @@ bool readRequest(const ToolArguments& arguments, RenderRequest* request)
 {
     request->garage = !arguments.hasOption(QStringLiteral("no-garage"));
     request->transparent = arguments.hasOption(QStringLiteral("transparent"));
-    request->turret = arguments.option(QStringLiteral("turret"));
-    request->gun = arguments.option(QStringLiteral("gun"));
-    return readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
+    request->gridTexture = arguments.hasOption(QStringLiteral("grid-texture"));
+    return readHidden(arguments.option(QStringLiteral("hide")), request->hidden) &&
+           readStyle(arguments.option(QStringLiteral("draw")), request) &&
+           readRay(arguments.option(QStringLiteral("ray")), request) &&
+           readOutFile(arguments.option(QStringLiteral("out")), arguments.positional[0], request) &&
            (!arguments.hasOption(QStringLiteral("size")) ||
             readSize(arguments.option(QStringLiteral("size")), &request->size)) &&
-           readState(arguments.option(QStringLiteral("state")), &request->state) &&
-           readNumberOption(arguments, "yaw", "degrees", &request->yaw) &&
-           readNumberOption(arguments, "turret-yaw", "degrees", &request->turretYaw) &&
-           readNumberOption(arguments, "gun-pitch", "degrees", &request->gunPitch) &&
+           readVehiclePose(arguments, &request->pose) &&
            readCamera(arguments.option(QStringLiteral("camera")), &request->camera);
 }
 
-// A turret or gun is named by its display name or its tag.
-template <typename Record>
-const Record* findNamed(const QVector<Record>& records, const QString& key)
+// The window's "Hide" boxes, draw style and grid texture onto the loader.
+void placeView(TankLoader& loader, const RenderRequest& request)
 {
-    for (const Record& record : records)
-        if (record.name == key || record.tag == key)
-            return &record;
-    return nullptr;
+    loader.hideChassis = request.hidden[0];
+    loader.hideHull = request.hidden[1];
+    loader.hideTurret = request.hidden[2];
+    loader.hideGun = request.hidden[3];
+    loader.wireframe = request.wireframe;
+    loader.solidWire = request.solidWire;
+    loader.gridTexture = request.gridTexture;
 }
 
-QString turretChoices(const TurretGunChooser& chooser)
+// The four swatch colours of the camouflage panel, as #aarrggbb or any name
+// QColor knows, in place of the pattern's own.
+bool applyCamoColours(CamoLoader& camo, const ToolArguments& arguments)
 {
-    QStringList lines;
-    for (const Turret& turret : chooser.turrets) {
-        QStringList guns;
-        for (const Gun& gun : turret.guns)
-            guns.append(gun.name);
-        lines.append(QStringLiteral("  %1: %2").arg(turret.name, guns.join(QStringLiteral(", "))));
-    }
-    return QStringLiteral("\nturrets and their guns:\n") + lines.join(QLatin1Char('\n'));
-}
-
-// The turret asked for (or the current one) with the gun asked for (or its
-// first); a gun alone may be found on another turret, which then comes too.
-bool findFitting(const TurretGunChooser& chooser, const RenderRequest& request,
-                 const Turret** turret, const Gun** gun)
-{
-    *turret = request.turret.isEmpty() ? chooser.currentTurret()
-                                       : findNamed(chooser.turrets, request.turret);
-    if (!*turret)
-        return fail(QStringLiteral("No turret named: ") + request.turret + turretChoices(chooser));
-    if (request.gun.isEmpty()) {
-        *gun = &(*turret)->guns.first();
+    if (!arguments.hasOption(QStringLiteral("camo-colours")))
         return true;
+    const QStringList names =
+        arguments.option(QStringLiteral("camo-colours")).split(QLatin1Char(','));
+    if (names.size() != int(camo.colors.size()))
+        return fail(QStringLiteral("--camo-colours wants four colours, such as "
+                                   "#ffff0000,#ff00ff00,#ff0000ff,#ffffffff"));
+    for (int channel = 0; channel < names.size(); ++channel) {
+        const QColor colour(names[channel]);
+        if (!colour.isValid())
+            return fail(QStringLiteral("Not a colour: ") + names[channel]);
+        camo.colors[size_t(channel)] = {float(colour.red()), float(colour.green()),
+                                        float(colour.blue()), float(colour.alpha())};
     }
-    *gun = findNamed((*turret)->guns, request.gun);
-    for (int i = 0; !*gun && request.turret.isEmpty() && i < chooser.turrets.size(); ++i) {
-        *turret = &chooser.turrets[i];
-        *gun = findNamed((*turret)->guns, request.gun);
-    }
-    if (!*gun)
-        return fail(QStringLiteral("No gun named: ") + request.gun + turretChoices(chooser));
     return true;
 }
 
-bool fitTurretAndGun(TankLoader& loader, const RenderRequest& request)
+// The window's armour mode, its view textured or, with --state collision,
+// the collision models: the shell is fired once the collision objects stand
+// where the frame draws the vehicle.
+void fireArmorRay(TankLoader& loader, const RenderRequest& request, FrameRenderer& frame)
 {
-    if (request.turret.isEmpty() && request.gun.isEmpty())
-        return true;
-    const Turret* turret = nullptr;
-    const Gun* gun = nullptr;
-    if (!findFitting(*loader.chooser, request, &turret, &gun))
-        return false;
-    // Copies: a failed part empties the chooser's list.
-    const QString turretName = turret->name;
-    const QString gunName = gun->name;
-    loader.loadTurretGun(turretName, gunName);
-    if (!loader.loaded)
-        return fail(QStringLiteral("Ferrox cannot fit ") + turretName + QStringLiteral(" with ") +
-                    gunName);
-    return true;
-}
-
-void placeVehicle(TankLoader& loader, const RenderRequest& request)
-{
-    loader.damageMode = request.state;
-    loader.setTankRotation(request.yaw);
-    loader.setTurretRotation(request.turretYaw);
-    loader.setGunRotation(request.gunPitch);
+    Physics& physics = *Physics::instance();
+    physics.marks.moveHitMarker = [&frame](const Vector3& position) {
+        frame.scene.hitMarker.setPosition(position);
+    };
+    physics.marks.rayLine = [&frame](const Vector3& start, const Vector3& end) {
+        frame.scene.rayStart = start;
+        frame.scene.rayEnd = end;
+    };
+    frame.armorMode = true;
+    loader.armorToggle(true);
+    loader.armourModel = request.pose.state == Collision ? Collision : Intact;
+    // One frame places the collision objects of turret and gun.
+    frame.renderToImage(16, 16, false);
+    physics.fireRay(request.rayFrom, request.rayTo);
 }
 
 // The viewport's frame with the program's first-run scene settings: the
@@ -220,8 +224,12 @@ bool renderVehicle(TankLoader& loader, const RenderRequest& request, QImage* ima
     frame.gridShown = false;
     frame.tankInfoShown = false;
     frame.premiumScene = settings.sceneSet != QLatin1String("basic");
+    // The samples a window with these settings draws with.
+    frame.imageSamples = msaaSampleCount(settings.msaa);
     frame.create(settings.shadowMap);
     frame.scene.add([&loader](ScenePass pass) { loader.render(pass); });
+    if (request.ray)
+        fireArmorRay(loader, request, frame);
     bool ok = true;
     if (!request.camera.isEmpty() && !frame.controls.loadView(request.camera))
         ok = fail(QStringLiteral("Not a camera file: ") + request.camera);
@@ -270,7 +278,9 @@ int renderCommand(const ToolArguments& arguments)
             "usage: ferrox-tool render GAME_DIR NAME --out FILE [--size WxH] "
             "[--state intact|destroyed|collision] [--turret NAME] [--gun NAME] [--yaw DEG] "
             "[--turret-yaw DEG] [--gun-pitch DEG] [--camera FILE.Camera] [--no-garage] "
-            "[--transparent] [--mod DIR] [--camo SEASON:ROW]"));
+            "[--transparent] [--mod DIR] [--camo SEASON:ROW] [--hide PART,...] "
+            "[--draw solid|wire|solid-wire] [--grid-texture] [--ray X,Y,Z:X,Y,Z] "
+            "[--camo-colours C0,C1,C2,C3]"));
         return 2;
     }
     RenderRequest request;
@@ -282,17 +292,43 @@ int renderCommand(const ToolArguments& arguments)
     const QString camoChoice = arguments.option(QStringLiteral("camo"));
     vehicle.withCamouflage = arguments.hasOption(QStringLiteral("camo"));
     request.camouflage = vehicle.withCamouflage;
-    vehicle.installArmor = request.state == Collision;
+    vehicle.installArmor = request.pose.state == Collision || request.ray;
     if (!vehicle.load(arguments))
         return 1;
     TankLoader& loader = vehicle.loader();
-    if (!fitTurretAndGun(loader, request))
+    if (!fitTurretAndGun(loader, request.pose))
         return 1;
-    if (vehicle.withCamouflage && !applyCamoChoice(*vehicle.camouflage(), camoChoice))
+    if (vehicle.withCamouflage && (!applyCamoChoice(*vehicle.camouflage(), camoChoice) ||
+                                   !applyCamoColours(*vehicle.camouflage(), arguments)))
         return 1;
-    placeVehicle(loader, request);
+    placeVehicle(loader, request.pose);
+    placeView(loader, request);
     QImage image;
     if (!renderVehicle(loader, request, &image) || !writeImage(image, request))
         return 1;
     return 0;
+}
+
+bool readImageOut(const QString& text, const QString& gameDirectory, QString* path,
+                  QByteArray* format)
+{
+    RenderRequest request;
+    if (!readOutFile(text, gameDirectory, &request))
+        return false;
+    *path = request.out;
+    *format = request.format;
+    return true;
+}
+
+bool readImageSize(const QString& text, QSize* size)
+{
+    return readSize(text, size);
+}
+
+bool writeImageOut(const QImage& image, const QString& path, const QByteArray& format)
+{
+    RenderRequest request;
+    request.out = path;
+    request.format = format;
+    return writeImage(image, request);
 }

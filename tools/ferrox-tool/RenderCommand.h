@@ -1,5 +1,10 @@
 #pragma once
 
+#include <QByteArray>
+#include <QString>
+
+class QImage;
+class QSize;
 struct ToolArguments;
 
 // render GAME_DIR NAME --out FILE [--size WxH] [--state intact|destroyed|collision]
@@ -8,3 +13,11 @@ struct ToolArguments;
 // [--mod DIR] [--camo SEASON:ROW]: a picture of the vehicle as the viewport draws it, written
 // off-screen to FILE in the format its suffix names.
 int renderCommand(const ToolArguments& arguments);
+
+// The checks of render's --out for other picture commands: an absolute
+// path outside the game folder, with a format its suffix names.
+bool readImageOut(const QString& text, const QString& gameDirectory, QString* path,
+                  QByteArray* format);
+bool readImageSize(const QString& text, QSize* size);
+// Whole or not at all.
+bool writeImageOut(const QImage& image, const QString& path, const QByteArray& format);

@@ -1,5 +1,6 @@
 #include "TankCommand.h"
 
+#include "MeshGeometry.h"
 #include "OffscreenVehicle.h"
 #include "TankInfo.h"
 #include "TankLoader.h"
@@ -38,6 +39,14 @@ QJsonArray matrixArray(const Matrix& m)
     return array;
 }
 
+int vertexCount(const Mesh& mesh)
+{
+    int count = 0;
+    for (const MeshGeometry* geometry : mesh.geometries)
+        count += int(geometry->positions.size());
+    return count;
+}
+
 QJsonArray partsArray(const TankLoader& loader)
 {
     QJsonArray parts;
@@ -48,9 +57,27 @@ QJsonArray partsArray(const TankLoader& loader)
                                      {"state", state},
                                      {"model", mesh->path},
                                      {"matrix", matrixArray(mesh->model)},
-                                     {"triangles", mesh->visual->triangleCount()}});
+                                     {"triangles", mesh->visual->triangleCount()},
+                                     {"vertices", vertexCount(*mesh)}});
         }
     return parts;
+}
+
+QJsonArray shellsArray(const QVector<Shell>& shells)
+{
+    QJsonArray list;
+    for (const Shell& shell : shells)
+        list.append(QJsonObject{
+            {"tag", shell.tag},
+            {"name", shell.name},
+            {"kind", shell.kind},
+            {"caliber", shell.calibre},
+            {"piercingPower", numbers({shell.piercingPower100, shell.piercingPower500})},
+            {"speed", shell.speed},
+            {"maxDistance", shell.maxDistance},
+            {"defaultPortion", shell.defaultPortion},
+            {"piercingPowerLossFactorByDistance", shell.lossFactorByDistance}});
+    return list;
 }
 
 QJsonArray turretsArray(const TurretGunChooser& chooser)
@@ -62,7 +89,8 @@ QJsonArray turretsArray(const TurretGunChooser& chooser)
             guns.append(QJsonObject{{"name", gun.name},
                                     {"tag", gun.tag},
                                     {"pitch", numbers({gun.pitchMin, gun.pitchMax})},
-                                    {"yaw", numbers({gun.yawMin, gun.yawMax})}});
+                                    {"yaw", numbers({gun.yawMin, gun.yawMax})},
+                                    {"shells", shellsArray(gun.shells)}});
         turrets.append(QJsonObject{{"name", turret.name},
                                    {"tag", turret.tag},
                                    {"yaw", numbers({turret.yawMin, turret.yawMax})},
@@ -115,6 +143,14 @@ void printText(const QJsonObject& tank)
             printLine(QStringLiteral("  gun %1 (%2): pitch %3, yaw %4")
                           .arg(gun["name"].toString(), gun["tag"].toString(),
                                jsonNumbers(gun["pitch"]), jsonNumbers(gun["yaw"])));
+            for (const QJsonValue& shellValue : gun["shells"].toArray()) {
+                const QJsonObject shell = shellValue.toObject();
+                printLine(QStringLiteral("    shell %1 (%2): %3, %4 mm, %5 mm at 100 and 500 m")
+                              .arg(shell["name"].toString(), shell["tag"].toString(),
+                                   shell["kind"].toString(),
+                                   QString::number(shell["caliber"].toDouble(), 'g', 6),
+                                   jsonNumbers(shell["piercingPower"])));
+            }
         }
     }
     const QJsonObject textures = tank["textures"].toObject();

@@ -71,12 +71,19 @@ const QStringList ToolArguments::valueOptions = {
     QStringLiteral("type"),
     QStringLiteral("norm"),
     QStringLiteral("vertices"),
+    QStringLiteral("hide"),
+    QStringLiteral("draw"),
+    QStringLiteral("ray"),
+    QStringLiteral("camo-colours"),
+    QStringLiteral("shell"),
+    QStringLiteral("pen"),
+    QStringLiteral("distance"),
     // clang-format on
 };
 
 const QStringList ToolArguments::flagOptions = {
     QStringLiteral("json"), QStringLiteral("no-garage"), QStringLiteral("transparent"),
-    QStringLiteral("overwrite"), QStringLiteral("table")};
+    QStringLiteral("overwrite"), QStringLiteral("table"), QStringLiteral("grid-texture")};
 
 ToolArguments ToolArguments::parse(const QStringList& arguments, QString* error)
 {

@@ -6,7 +6,9 @@ import tempfile
 from pathlib import Path
 
 from .game_data import (CATEGORIES, MENU_ALL_KEY, MENU_ALL_TEXT, MOD_VEHICLE, SEASONS,
-                        TURRET_TEXTS, camo_key, gun_tag, turret_tag, vehicle_turrets)
+                        TURRET_TEXTS, camo_key, gun_tag, nation_guns, turret_tag,
+                        vehicle_turrets)
+from .shells import shell_texts
 
 class GenerationError(Exception):
     pass
@@ -41,6 +43,7 @@ def catalogues(nations):
             entries += [(gun, f"{v.name} gun {gun.rsplit('_', 1)[-1]}")
                         for gun in dict.fromkeys(g for _, guns in tags for g in guns)
                         if gun != gun_tag(v)]
+        entries += shell_texts(nation_guns(nation))
         entries += [(camo_key(nation, season), f"{nation.display} {season} pattern")
                     for season in SEASONS + ("event",)]
         result[nation.catalogue] = entries

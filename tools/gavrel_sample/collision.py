@@ -5,6 +5,7 @@ a row of plates at known angles and thicknesses."""
 import math
 
 from . import geometry as gavrel_geometry
+from . import shapes
 from .game_data import PROVING_GROUND, PROVING_GROUND_PLATES
 from .models import material, model_file, node, primitives_bytes, visual_tree, xml_file
 
@@ -17,20 +18,23 @@ def plate_group(mesh, *boxes):
         mesh.box(lo, hi)
 
 
-def chassis_plates(detail):
+def chassis_plates(detail, body=(1.0, 1.0, 1.0)):
     """The two track runs."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
+    mesh = shapes.scaled_builder(detail, body)
     plate_group(mesh, ((1.0, 0.0, -3.0), (1.42, 0.85, 3.0)))
     plate_group(mesh, ((-1.42, 0.0, -3.0), (-1.0, 0.85, 3.0)))
     return mesh, ["leftTrack", "rightTrack"]
 
 
-def hull_plates(detail):
-    """Body (sides and roof), a sloped glacis, side skirts and a spaced
-    front plate, and a surveying device on the roof."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
+def hull_plates(detail, body=(1.0, 1.0, 1.0), superstructure=""):
+    """Body (sides and roof, and a superstructure's plates), a sloped
+    glacis, side skirts and a spaced front plate, and a surveying device on
+    the roof."""
+    mesh = shapes.scaled_builder(detail, body)
     mesh.begin_group()
     mesh.prism([(-2.9, 0.04), (2.3, 0.04), (2.3, 0.82), (-2.9, 0.82)], -1.0, 1.0)
+    for lo, hi in shapes.SUPERSTRUCTURE_PLATES.get(superstructure, []):
+        mesh.box(lo, hi)
     mesh.begin_group()
     mesh.prism([(2.3, 0.04), (3.0, 0.37), (2.5, 0.82), (2.3, 0.82)], -1.0, 1.0)
     plate_group(mesh, ((1.45, 0.3, -2.5), (1.5, 0.8, 2.5)), ((-1.5, 0.3, -2.5), (-1.45, 0.8, 2.5)))
@@ -39,10 +43,11 @@ def hull_plates(detail):
     return mesh, ["armor_2", "armor_1", "armor_3", "armor_4", "surveyingDevice"]
 
 
-def turret_plates(detail):
+def turret_plates(detail, kind="cast"):
     mesh = gavrel_geometry.MeshBuilder(detail)
-    plate_group(mesh, ((-0.9, 0.0, -1.0), (0.9, 0.6, 0.7)))
-    plate_group(mesh, ((-0.6, 0.05, 0.7), (0.6, 0.55, 1.0)))
+    side, front = shapes.TURRET_PLATES[kind]
+    plate_group(mesh, side)
+    plate_group(mesh, front)
     return mesh, ["turret_side", "turret_front"]
 
 
@@ -87,13 +92,15 @@ def proving_ground_hull(detail=1):
     return mesh, names
 
 
-def vehicle_plates(part, detail):
+def vehicle_plates(part, detail, shape=shapes.STANDARD):
     if part == "Chassis":
-        return chassis_plates(detail)
+        return chassis_plates(detail, shape.body)
     if part == "Hull":
-        return hull_plates(detail)
+        return hull_plates(detail, shape.body, shape.superstructure)
     if part.startswith("Turret"):
-        return turret_plates(detail)
+        return turret_plates(detail, shape.turret)
+    if shape != shapes.STANDARD:
+        return gun_plates(shape.gun_length, detail)
     return gun_plates(GUN_LENGTHS.get(part, 3.0), detail)
 
 
@@ -108,10 +115,10 @@ def collision_files(folder, part, mesh, names):
             (base + ".primitives", primitives_bytes(part, mesh, FORMAT, False))]
 
 
-def collision_model_files(folder, parts, detail=1):
+def collision_model_files(folder, parts, detail=1, shape=shapes.STANDARD):
     files = []
     for part in parts:
-        mesh, names = vehicle_plates(part, detail)
+        mesh, names = vehicle_plates(part, detail, shape)
         files += collision_files(folder, part, mesh, names)
     return files
 

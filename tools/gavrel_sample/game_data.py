@@ -5,15 +5,17 @@ plain text) is fixed per nation."""
 import hashlib
 from dataclasses import dataclass
 
+from . import shells
 from .archives import CODENAMES, DEFLATED, STORED, Member
 from .models import xml_file
 from .packed_xml import Element, Floats, encode
+from . import shapes
 from .textures import dds_bytes
 
 # the category file and the text catalogues. Where each file goes (loose
 # below res/ or inside an archive, packed or plain text) is fixed per nation.
 
-LIGHT, MEDIUM, HEAVY, TD, ARTY = "lightTank", "mediumTank", "heavyTank", "AT-SPG", "SPG"
+from .shapes import ARTY, HEAVY, LIGHT, MEDIUM, TD
 CATEGORIES = [  # key in list.xml tags and item_types.xml, display name
     (LIGHT, "Light Tanks"), (MEDIUM, "Medium Tanks"), (HEAVY, "Heavy Tanks"),
     (TD, "Tank Destroyers"), (ARTY, "Artillery"),
@@ -55,6 +57,7 @@ class Nation:
     camo_plain: bool = False
     defs_archive: str = ""     # archive of the vehicle files and components/guns.xml
     armor_color: tuple = (90, 96, 70, 255)
+    has_camouflage: bool = True  # a customization.xml in its folder
 
     @property
     def res_path(self):
@@ -107,7 +110,7 @@ SAMPLE_NATIONS = (
         Vehicle("D02_Ironmoth", "Ironmoth", MEDIUM, 2, plain_file=True),
         Vehicle("D03_Zhuk", "Жук", LIGHT, 3),
         Vehicle("D04_Gorge", "Gorge", ARTY, 4),
-        Vehicle("D07_Sentinel", "Sentinel", TD, 7),
+        Vehicle("D07_Sentinel", "Warden", TD, 7),
         Vehicle("D09_Vulture", "Vulture", HEAVY, 9),
         Vehicle("D10_Anvil", "Anvil", TD, 10, plain_file=True),
         Vehicle("D05_Proving_Ground", "Proving Ground", MEDIUM, 5),
@@ -207,13 +210,11 @@ MODEL_TURRETS = {
     "C03_Wyvern_v2": [
         ("C03_Wyvern_v2_Turret", "Turret_01", [("C03_Wyvern_v2_Gun", "Gun_01"),
                                                ("C03_Wyvern_v2_Gun_L2", "Gun_02")])],
-    # loads that fail: no turrets0 at all, and a turret without a gun; their
-    # hull and chassis are those of another vehicle, which load
-    "A05_Harrow": [],
-    "B06_Marauder": [("B06_Marauder_Turret", "Turret_01", [])],
+    "D05_Proving_Ground": [
+        ("D05_Proving_Ground_Turret", "Turret_01", [("D05_Proving_Ground_Gun", "Gun_01"),
+                                                    ("D05_Proving_Ground_Gun_L2", "Gun_02")])],
 }
-BORROWED_MODELS = {"A05_Harrow": "A01_Talon", "B06_Marauder": "B01_Kestrel",
-                   "D05_Proving_Ground": "D02_Ironmoth"}
+BORROWED_MODELS = {"D05_Proving_Ground": "D02_Ironmoth"}
 # Its hull is a row of plates at known angles (degrees between the plate's
 # normal and the vehicle's forward axis) and thicknesses, with a collision
 # model of its own; the other parts are those of the vehicle it borrows.
@@ -227,12 +228,18 @@ EXCLUSION_MASK_VEHICLE = "A01_Talon"   # camouflage/exclusionMask of the vehicle
 HULL_MASK_VEHICLE = "B01_Kestrel"      # only hull/camouflage/exclusionMask
 MASKED_TURRET = "A01_Talon_Turret_2"   # camouflage mask and tiling of its own
 MASKED_GUN = "A01_Talon_Gun_L2"        # mask, tiling, turretYawLimits, extraPitchLimits
-# Vehicles whose masks match their paintable diffuse maps one for one, so the
-# camouflage bake takes them; A01_Talon has fewer masks than maps and is
-# refused. A paint-masked vehicle's first turret takes Turret_CM, its second
-# Turret_02_CM, its own (not shared) guns Gun_CM, and, unless it has only a
-# hull mask, the vehicle takes Tank_CM.
-PAINT_MASK_VEHICLES = ("B01_Kestrel", "C02_Basilisk", "D02_Ironmoth", "C03_Wyvern_v2")
+# Every vehicle has as many masks as paintable diffuse maps, so the camouflage
+# bake takes it. A paint-masked vehicle's first turret takes Turret_CM, its
+# second Turret_02_CM, its own (not shared) guns Gun_CM, and, unless it has
+# only a hull mask, the vehicle takes Tank_CM. A01_Talon's five maps (the
+# hull's with its HD copy, running gear, turret, gun) pair with the
+# vehicle's mask, one per turret, and the masks of its first two guns; its
+# third gun takes the vehicle's mask. The proving ground, on D02_Ironmoth's
+# parts, has a turret with two guns for its four maps.
+PAINT_MASK_VEHICLES = ("B01_Kestrel", "C02_Basilisk", "D02_Ironmoth", "C03_Wyvern_v2",
+                       "D05_Proving_Ground")
+OWN_MASKS = {"A01_Talon_Turret": "Turret_01", "A01_Talon_Gun": "Gun_01",
+             "D05_Proving_Ground_Gun": "Gun_01"}
 TURRET_MASKS = ("Turret", "Turret_02")
 MOD_VEHICLE = "C02_Basilisk"           # a changed copy of its file lies in the mod folder
 MOD_HULL_HEALTH = 4321
@@ -240,6 +247,13 @@ MOD_HULL_HEALTH = 4321
 
 def is_shared_gun(tag):
     return tag.endswith(("_Gun", "_Gun_3"))
+
+
+def has_class_shape(vehicle):
+    """Vehicles of the table other than those with the standard parts above
+    (and the one that borrows them) are shaped for their class."""
+    return (is_table_vehicle(vehicle) and vehicle.model not in MODEL_TURRETS
+            and vehicle.model not in BORROWED_MODELS)
 
 
 def vehicle_turrets(vehicle):
@@ -271,12 +285,15 @@ def vehicle_tree(nation, vehicle, mod=False):
         mask = {"exclusionMask": f"{root}/{kind}_CM.dds"}
         return {**mask, "tiling": Floats(tiling)} if tiling else mask
 
+    shaped = has_class_shape(vehicle)
+    shape = shapes.SHAPES[vehicle.category] if shaped else shapes.STANDARD
     digest = hashlib.sha256(f"{nation.folder}/{vehicle.model}".encode("utf-8")).digest()
     hull = {
         "models": models("Hull"),
         "hitTester": hit_tester("Hull"),
         "maxHealth": MOD_HULL_HEALTH if mod else 120 + 60 * tier,
-        "turretPositions": {"turret": Floats(0.0, 1.1 + 0.05 * tier, -0.25)},
+        "turretPositions": {"turret": Floats(*shapes.turret_position(shape)) if shaped
+                            else Floats(0.0, 1.1 + 0.05 * tier, -0.25)},
         "emblemSlots": {"slot": {
             "transform": Floats(1, 0, 0, 0, 1, 0, 0, 0, 1, 0.5, 1.25, 2.0),
             "size": Floats(0.6),
@@ -313,6 +330,13 @@ def vehicle_tree(nation, vehicle, mod=False):
     def gun(tag, part):
         entry = {"models": models(part), "hitTester": hit_tester(part),
                  "armor": {"gun": 15 + 3 * tier}}
+        if shaped:
+            entry["camouflage"] = camouflage("Gun")
+        elif tag in OWN_MASKS:
+            entry["camouflage"] = camouflage(OWN_MASKS[tag])
+        own_shots = shells.vehicle_shots(tag, tier, is_shared_gun(tag), vehicle.plain_file)
+        if own_shots:
+            entry["shots"] = own_shots
         if is_shared_gun(tag):  # takes name and limits from components/guns.xml
             return Element("shared", entry)
         entry["pitchLimits"] = "-25 12"
@@ -332,7 +356,7 @@ def vehicle_tree(nation, vehicle, mod=False):
             "models": models(part),
             "hitTester": hit_tester(part),
             "maxHealth": 60 + 15 * tier,
-            "gunPosition": Floats(0.0, 0.42, 0.95),
+            "gunPosition": Floats(*shape.gun_joint) if shaped else Floats(0.0, 0.42, 0.95),
         }
         if guns:
             turret["guns"] = Element(None, [(gun_tag_, gun(gun_tag_, gun_part))
@@ -340,18 +364,28 @@ def vehicle_tree(nation, vehicle, mod=False):
         turret["armor"] = {"turret_front": 30 + 6 * tier, "turret_side": 20 + 4 * tier}
         if tag == MASKED_TURRET:
             turret["camouflage"] = camouflage("Turret", (1.5, 1.5, 0, 0))
-        if vehicle.model in PAINT_MASK_VEHICLES:
+        if vehicle.model in PAINT_MASK_VEHICLES or shaped:
             turret["camouflage"] = camouflage(TURRET_MASKS[min(number, 1)])
-        if vehicle.category in (TD, ARTY):
+        elif tag in OWN_MASKS:
+            turret["camouflage"] = camouflage(OWN_MASKS[tag])
+        if shaped and shape.yaw_limits:
+            turret["yawLimits"] = shape.yaw_limits
+        elif vehicle.category in (TD, ARTY):
             turret["yawLimits"] = "-12 12"
         turrets.append((tag, turret))
     tree = {"hull": hull, "chassis": chassis}
-    if vehicle.model == EXCLUSION_MASK_VEHICLE or (
+    if vehicle.model == EXCLUSION_MASK_VEHICLE or shaped or (
             vehicle.model in PAINT_MASK_VEHICLES and vehicle.model != HULL_MASK_VEHICLE):
         tree = {"camouflage": camouflage("Tank"), **tree}
     if turrets:
         tree["turrets0"] = Element(None, turrets)
     return tree
+
+
+def nation_guns(nation):
+    """(gun tag, tier) of every gun of the nation's vehicles."""
+    return [(tag, v.tier or 1) for v in nation.vehicles
+            for _, _, guns in vehicle_turrets(v) for tag, _ in guns]
 
 
 def guns_tree(nation):
@@ -364,14 +398,15 @@ def guns_tree(nation):
                      "pitchLimits": "-20 8" if v.category != ARTY else "-45 0"}
             if v.category in (TD, ARTY):
                 entry["turretYawLimits"] = "-12 12"
+            shots = shells.shared_shots(tag, v.tier or 1)
+            if shots:
+                entry["shots"] = shots
             shared[tag] = entry
     return {"shared": shared}
 
 
 # Patterns per season; each has a texture of its own.
 CAMO_PATTERNS_PER_SEASON = 2
-# The nation whose folder has no customization.xml.
-NATION_WITHOUT_CAMO = "caldera"
 # A comment the plain text catalogue carries among its tilings.
 TILING_COMMENT = "<!-- tiling of the nation's first vehicles -->"
 
@@ -391,7 +426,7 @@ def camo_key(nation, season):
 
 
 def has_camouflage(nation):
-    return nation.folder != NATION_WITHOUT_CAMO
+    return nation.has_camouflage
 
 
 def camo_pattern_name(nation, season, number):
@@ -468,6 +503,10 @@ def nation_files(nation):
          xml_file("list.xml", vehicle_list_tree(nation), nation.list_plain), nation.list_place),
         (f"{nation.res_path}/components/guns.xml",
          encode(guns_tree(nation)), nation.defs_archive),
+        (f"{nation.res_path}/components/shells.xml",
+         xml_file("shells.xml", shells.shells_tree(nation.catalogue, nation_guns(nation),
+                                                   nation.list_plain), nation.list_plain),
+         nation.defs_archive),
     ]
     if has_camouflage(nation):
         files.append((f"{nation.res_path}/customization.xml", customization_file(nation), LOOSE))

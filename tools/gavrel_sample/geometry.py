@@ -334,3 +334,27 @@ class MeshBuilder:
     def uv2(self):
         """A second texture set: the first one halved, as a lightmap would be."""
         return [(v[2][0] * 0.5, v[2][1] * 0.5) for v in self.vertices]
+
+
+class ScaledMeshBuilder(MeshBuilder):
+    """A MeshBuilder whose boxes, prisms and cylinders are stretched by
+    factors (x, y, z) before they are built, so that normals follow the
+    stretched faces; a cylinder's radius takes the mean of the factors
+    across its axis."""
+
+    def __init__(self, divisions=1, factors=(1.0, 1.0, 1.0)):
+        super().__init__(divisions)
+        self.factors = factors
+
+    def prism(self, profile, x0, x1, uv_rect=(0.0, 0.0, 1.0, 1.0)):
+        fx, fy, fz = self.factors
+        super().prism([(z * fz, y * fy) for z, y in profile], x0 * fx, x1 * fx, uv_rect)
+
+    def cylinder(self, axis, centre, radius, start, end, segments=16,
+                 uv_rect=(0.0, 0.0, 1.0, 1.0), end_radius=None):
+        k = "xyz".index(axis)
+        across = sum(f for a, f in enumerate(self.factors) if a != k) / 2
+        centre = tuple(c * f for c, f in zip(centre, self.factors))
+        super().cylinder(axis, centre, radius * across, start * self.factors[k],
+                         end * self.factors[k], segments, uv_rect,
+                         None if end_radius is None else end_radius * across)

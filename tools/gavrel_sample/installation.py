@@ -18,7 +18,9 @@ from .game_data import (BULK_DEFS_PACKAGE, BULK_VEHICLES_PER_SCALE, SAMPLE_NATIO
                         bulk_nations, game_data_members, mod_files, write_game_data_files,
                         write_tank_list)
 from .garages import GARAGE_PACKAGES, garage_members, shared_model_members
-from .vehicles import EXTRA_MODEL_FOLDERS, SAMPLE_TANKS, heavy_members, vehicles_level_members
+from .hostile import HOSTILE_NATIONS, generate_hostile
+from .vehicles import (CLASS_TANKS, EXTRA_MODEL_FOLDERS, SAMPLE_TANKS, heavy_members,
+                       vehicles_level_members)
 
 PACKAGE_DIR = Path(__file__).resolve().parent
 ENTRY_POINT = PACKAGE_DIR.parent / "make_sample_game.py"
@@ -94,7 +96,8 @@ def shared_content_members():
 def gui_members():
     a = "gui.pkg"
     members = [png_member(a, f"gui/Maps/Icons/vehicle/{nation.lower()}-{tank}.png")  # stored
-               for tanks in SAMPLE_TANKS.values() for nation, tank in tanks]
+               for tanks in (*SAMPLE_TANKS.values(), *CLASS_TANKS.values())
+               for nation, tank in tanks]
     members += [
         text_member(a, "gui/Loose_Override.txt",
                     "from gui.pkg (the loose res file must win)", STORED),
@@ -112,7 +115,8 @@ def small_packages():
     members."""
     packages = [
         ("shared_content.pkg", shared_content_members()),
-        *[(name, vehicles_level_members(name, tanks + EXTRA_MODEL_FOLDERS.get(name, [])))
+        *[(name, vehicles_level_members(name, tanks + EXTRA_MODEL_FOLDERS.get(name, [])
+                                        + CLASS_TANKS[name]))
           for name, tanks in SAMPLE_TANKS.items()],
         ("gui.pkg", gui_members()),
         ("hangar_premium.pkg", hangar_members("hangar_premium.pkg", "Hangar_Premium", 96 * 1024)),
@@ -159,6 +163,13 @@ def generate(out, scale, with_broken):
     write_tank_list(out / TANK_LIST_NAME, nations)
 
 
+def write_hostile(out):
+    """The hostile installation and the program's lists for it."""
+    listed = generate_hostile(out, write_marker, write_version)
+    write_resources_list(out / RESOURCES_LIST_NAME, listed)
+    write_tank_list(out / TANK_LIST_NAME, HOSTILE_NATIONS)
+
+
 def write_mod_folder(mod_out):
     """The mod folder beside the game: files that the program finds before
     the game's own."""
@@ -175,7 +186,7 @@ def generator_sources():
     return [ENTRY_POINT] + modules
 
 
-def stamp_text(scale, with_broken):
+def stamp_text(scale, with_broken, hostile=False):
     """Generator version, a digest of this script and the arguments: a stamp
     that matches means the folder already holds exactly this output."""
     digest = hashlib.sha256()
@@ -184,7 +195,8 @@ def stamp_text(scale, with_broken):
     return (f"ferrox sample generator {GENERATOR_VERSION}\n"
             f"script sha256 {digest.hexdigest()}\n"
             f"scale {scale}\n"
-            f"with-broken {int(with_broken)}\n")
+            f"with-broken {int(with_broken)}\n"
+            f"hostile {int(hostile)}\n")
 
 
 def clear_folder(out):
@@ -215,6 +227,9 @@ def parse_arguments(argv):
                         help="also write a mod folder with files that override the game's")
     parser.add_argument("--force", action="store_true",
                         help="rewrite even when the stamp says the folder is up to date")
+    parser.add_argument("--hostile", action="store_true",
+                        help="write the hostile installation instead: a sound vehicle and "
+                             "one vehicle for each way a game folder can be broken")
     parser.add_argument("--with-broken", action="store_true",
                         help=f"also write res/packages/{BROKEN_PACKAGE} (not a zip, not listed)")
     return parser.parse_args(argv)
@@ -225,7 +240,8 @@ def main(argv=None):
     out = args.out
     stamp_path = out / STAMP_NAME
     mod_out = args.mod_out
-    wanted = stamp_text(args.scale, args.with_broken) + f"mod-out {mod_out and mod_out.resolve()}\n"
+    wanted = (stamp_text(args.scale, args.with_broken, args.hostile)
+              + f"mod-out {mod_out and mod_out.resolve()}\n")
 
     if out.exists() and not out.is_dir():
         print(f"make_sample_game: {out} exists and is not a folder", file=sys.stderr)
@@ -254,7 +270,10 @@ def main(argv=None):
     # written, so an interrupted run is redone by the next one.
     stamp_path.write_text("incomplete\n", encoding="utf-8")
     try:
-        generate(out, args.scale, args.with_broken)
+        if args.hostile:
+            write_hostile(out)
+        else:
+            generate(out, args.scale, args.with_broken)
         if mod_out:
             mod_out.mkdir(parents=True, exist_ok=True)
             write_mod_folder(mod_out)

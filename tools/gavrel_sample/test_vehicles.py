@@ -16,6 +16,11 @@ PART_LAYOUTS = {"Chassis": ("xyznuvtb", "list", 2, "", ""),
                 "Turret_01": ("xyznuviiiwwtb", "list32", 1, "", "HP_gunJoint"),
                 "Turret_02": ("xyznuvtb", "list", 1, "", "HP_gunJoint"),
                 **{f"Gun_0{n}": ("xyznuv", "list", 1, "", "") for n in (1, 2, 3)}}
+# A vehicle of each class, with parts shaped for it.
+CLASS_MODELS = {"vehicles/Drevnia/D03_Zhuk": "lightTank",
+                "vehicles/Ardenia/A10_Falchion": "mediumTank",
+                "vehicles/Ardenia/A07_Bastion": "heavyTank",
+                "vehicles/Caldera/C08_Pike": "AT-SPG", "vehicles/Ardenia/A06_Corvid": "SPG"}
 # The vehicle written in the processed form: its parts' formats and stream.
 PROCESSED_MODEL = "vehicles/Borvia/B01_Kestrel"
 PROCESSED_FORMATS = {"xyznuv": "set3/xyznuvpc", "xyznuvtb": "set3/xyznuvtbpc",
@@ -78,6 +83,34 @@ class ModelsTest(unittest.TestCase):
                 if state == "normal" and folder in (SAMPLE_MODELS[0], PROCESSED_MODEL):
                     self.assert_faces_outward(indices, vertices)
         self.assertEqual(self.geometry(f"{SAMPLE_MODELS[4]}/normal/lod0/Gun_01")[2], "XYZNUV")
+
+    def test_class_shaped_parts_face_outward_and_stack_on_their_joints(self):
+        """One vehicle of each class: every part closed towards the outside,
+        the turret's joint on the hull (inside its bounds) and the gun's on
+        the turret; the heavy tank's hull outgrows the light tank's."""
+        hull_lengths = {}
+        for folder, category in CLASS_MODELS.items():
+            tops = {}
+            for part in ("Chassis", "Hull", "Turret_01", "Gun_01"):
+                with self.subTest(model=folder, part=part):
+                    visual, _, _, vertices, _, indices, _ = self.geometry(
+                        f"{folder}/normal/lod0/{part}")
+                    self.assert_faces_outward(indices, vertices)
+                    points = [p for p, _ in vertices]
+                    tops[part] = points, visual
+            hull_points, hull_visual = tops["Hull"]
+            joint = next(translation(n) for n in hull_visual.iter("node")
+                         if text(n, "identifier") == "HP_turretJoint")
+            for axis in range(3):
+                self.assertTrue(min(p[axis] for p in hull_points) <= joint[axis]
+                                <= max(p[axis] for p in hull_points) + 0.01, (folder, axis))
+            turret_points, turret_visual = tops["Turret_01"]
+            gun_joint = next(translation(n) for n in turret_visual.iter("node")
+                             if text(n, "identifier") == "HP_gunJoint")
+            self.assertLessEqual(gun_joint[2], max(p[2] for p in turret_points) + 0.01)
+            hull_lengths[category] = max(p[2] for p in hull_points) - min(
+                p[2] for p in hull_points)
+        self.assertLess(hull_lengths["lightTank"], hull_lengths["heavyTank"])
 
     def test_diffuse_textures_show_the_nation_colour_and_burn_darker(self):
         def colours(name):

@@ -12,6 +12,7 @@ NATION_COLOURS = {  # dominant colour of every diffuse texture of a nation
     "Borvia": (190, 165, 110),   # sand
     "Caldera": (95, 110, 130),   # grey-blue
     "Drevnia": (120, 40, 35),    # dark red
+    "Hostile": (140, 128, 96),   # khaki
 }
 PANEL_SPACING = 32               # texels between panel lines at 128 x 128
 DIFFUSE_SIZE = 128

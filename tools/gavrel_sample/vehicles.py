@@ -4,7 +4,9 @@ import math
 import zlib
 
 from . import geometry as gavrel_geometry
+from . import shapes
 from .collision import collision_model_files, proving_ground_files
+from .game_data import SAMPLE_NATIONS, has_class_shape
 from .archives import DEFLATED, STORED, Member
 from .models import (flag_property, material, model_file, node, primitives_bytes,
                      processed_primitives_bytes, texture_property, visual_tree, xml_file)
@@ -26,11 +28,12 @@ PLAIN_VISUAL_TANK = "D02_Ironmoth"     # visuals as text XML
 PROCESSED_TANK = "B01_Kestrel"         # .visual_processed / .primitives_processed
 
 
-def chassis_mesh(detail=1):
+def chassis_mesh(detail=1, body=(1.0, 1.0, 1.0)):
     """Group 0: a low body between the tracks, five road wheels a side, a
     drive sprocket in front and an idler behind; group 1: the two track
-    runs with sloped ends, whose long faces repeat the texture four times."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
+    runs with sloped ends, whose long faces repeat the texture four times.
+    body stretches it for the vehicle's class."""
+    mesh = shapes.scaled_builder(detail, body)
     mesh.begin_group()
     mesh.box((-1.05, 0.3, -2.8), (1.05, 0.8, 2.8))
     for side in (-1.0, 1.0):
@@ -47,38 +50,27 @@ def chassis_mesh(detail=1):
     return mesh
 
 
-def hull_mesh(detail=1):
+def hull_mesh(detail=1, body=(1.0, 1.0, 1.0), superstructure=""):
     """A lower hull between the tracks with a sloped lower front plate, the
     upper hull over the tracks with a sloped glacis and rear, an engine deck
-    and a driver's hatch."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
+    and a driver's hatch; a casemate or an open compartment on top."""
+    mesh = shapes.scaled_builder(detail, body)
     mesh.begin_group()
     mesh.prism([(-2.9, 0.42), (2.3, 0.42), (3.0, 0.75), (2.9, 0.9), (-2.95, 0.9)], -1.0, 1.0)
     mesh.prism([(-2.95, 0.9), (2.9, 0.9), (2.5, 1.2), (-2.6, 1.2)], -1.45, 1.45)
     mesh.prism([(-2.5, 1.2), (-1.0, 1.2), (-1.1, 1.32), (-2.4, 1.32)], -1.0, 1.0)
     mesh.cylinder("y", (0.55, 0.0, 1.7), 0.22, 1.2, 1.27, segments=10)
+    if superstructure:
+        shapes.SUPERSTRUCTURES[superstructure](mesh)
     return mesh
 
 
 def turret_mesh(detail=1):
-    """A cast turret narrowing upwards on the ring, a commander's cupola and
-    a mantlet block in front."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
-    mesh.begin_group()
-    mesh.cylinder("y", (0.0, 0.0, 0.0), 1.05, 0.0, 0.6, segments=20, end_radius=0.85)
-    mesh.cylinder("y", (-0.4, 0.0, -0.3), 0.25, 0.6, 0.8, segments=10)
-    mesh.box((-0.35, 0.1, 0.8), (0.35, 0.5, 1.15))
-    return mesh
+    return shapes.turret_mesh("cast", detail)
 
 
 def welded_turret_mesh(detail=1):
-    """The second turret: welded plates sloped front and back, a bustle
-    and a wider mantlet."""
-    mesh = gavrel_geometry.MeshBuilder(detail)
-    mesh.begin_group()
-    mesh.prism([(-1.3, 0.0), (0.9, 0.0), (0.8, 0.62), (-0.9, 0.7), (-1.4, 0.4)], -0.95, 0.95)
-    mesh.box((-0.45, 0.08, 0.8), (0.45, 0.55, 1.1))
-    return mesh
+    return shapes.turret_mesh("welded", detail)
 
 
 def gun_mesh(length=3.0, radius=0.08, detail=1):
@@ -136,14 +128,17 @@ def diffuse_name(tank, kind, state):
     return f"{kind}_AM.dds"
 
 
-def part_materials(nation, tank, state="normal"):
-    """{part: [material of each group]} of one vehicle in one state."""
+def part_materials(nation, tank, state="normal", shape=shapes.STANDARD):
+    """{part: [material of each group]} of one vehicle in one state. A
+    class-shaped vehicle paints its running gear from the hull's map, so
+    that its paintable maps (hull, turret, gun) pair with its masks
+    (vehicle, turret, gun)."""
     base = tank_folder(nation, tank)
 
     def diffuse(kind):
         return texture_property("diffuseMap", f"{base}/{diffuse_name(tank, kind, state)}")
     chassis_body = material("chassis_body", "PBS_ext_dual.fx", [
-        diffuse("Chassis"),
+        diffuse("Chassis" if shape == shapes.STANDARD else "Hull"),
         texture_property("diffuseMap2", f"{base}/Chassis_Dirt_AM.dds"),
         texture_property("normalMap", f"{base}/Chassis_ANM.dds"),
         texture_property("metallicGlossMap", f"{base}/Chassis_GMM.dds"),
@@ -176,24 +171,29 @@ def part_materials(nation, tank, state="normal"):
             "Turret_02": [turret], "Gun_01": [gun], "Gun_02": [gun], "Gun_03": [gun]}
 
 
-def vehicle_parts(tank, detail=1):
+def vehicle_parts(tank, detail=1, shape=shapes.STANDARD):
     """(part, mesh, vertex format, 32-bit indices, uv2 stream, root children,
     render node) of each part; detail above 1 makes every part that much
-    finer, with 32-bit indices throughout."""
+    finer, with 32-bit indices throughout. The standard shape also has a
+    second turret and two more guns; a class's shape has one of each."""
     gun_format = "XYZNUV" if tank == UPPER_CASE_GUN_TANK else "xyznuv"
     emblem, emblem_scale, emblem_at = SCALED_NODE
-    hull_children = [node("hull", [node("HP_turretJoint", translation=TURRET_JOINT),
-                                   node(emblem, translation=emblem_at, scale=emblem_scale)])]
-    turret_children = [node("turret", [node("HP_gunJoint", translation=GUN_JOINT)])]
+    hull_children = [node("hull", [
+        node("HP_turretJoint", translation=shapes.turret_position(shape)),
+        node(emblem, translation=emblem_at, scale=emblem_scale)])]
+    turret_children = [node("turret", [node("HP_gunJoint", translation=shape.gun_joint)])]
     wide = detail > 1
     parts = [
-        ("Chassis", chassis_mesh(detail), "xyznuvtb", wide, False, [node("tank")], "tank"),
-        ("Hull", hull_mesh(detail), "xyznuvtb", wide, True, hull_children, "hull"),
-        ("Turret_01", turret_mesh(detail), "xyznuviiiwwtb", True, False, turret_children,
-         "turret"),
-        ("Gun_01", gun_mesh(detail=detail), gun_format, wide, False, [node("gun")], "gun"),
+        ("Chassis", chassis_mesh(detail, shape.body), "xyznuvtb", wide, False, [node("tank")],
+         "tank"),
+        ("Hull", hull_mesh(detail, shape.body, shape.superstructure), "xyznuvtb", wide, True,
+         hull_children, "hull"),
+        ("Turret_01", shapes.turret_mesh(shape.turret, detail), "xyznuviiiwwtb", True, False,
+         turret_children, "turret"),
+        ("Gun_01", gun_mesh(shape.gun_length, shape.gun_radius, detail), gun_format, wide, False,
+         [node("gun")], "gun"),
     ]
-    if detail == 1:
+    if detail == 1 and shape == shapes.STANDARD:
         parts += [
             ("Turret_02", welded_turret_mesh(), "xyznuvtb", False, False, turret_children,
              "turret"),
@@ -208,18 +208,18 @@ CRASH_DAMAGE = {"Chassis": ((0.0, -0.05, 0.0), 0.02), "Hull": ((0.0, -0.06, 0.0)
                 "Turret": ((0.12, -0.04, 0.05), 0.05), "Gun": ((0.0, 0.0, 0.0), 0.12)}
 
 
-def vehicle_model_files(nation, tank, detail=1):
+def vehicle_model_files(nation, tank, detail=1, shape=shapes.STANDARD):
     """(path, bytes) of the .model, .visual and .primitives of every part,
     intact (normal/lod0) and burnt out (crash/lod0)."""
     plain = tank == PLAIN_VISUAL_TANK
     processed = tank == PROCESSED_TANK
     files = []
-    for part, mesh, fmt, wide, uv2, root_children, render_node in vehicle_parts(tank, detail):
+    for part, mesh, fmt, wide, uv2, root_children, render_node in vehicle_parts(tank, detail, shape):
         for state in STATES:
             base = f"{tank_folder(nation, tank)}/{state}/lod0/{part}"
             if state == "crash":
                 mesh = battered(mesh, f"{tank}/{part}", *CRASH_DAMAGE[TEXTURE_KINDS[part]])
-            materials = part_materials(nation, tank, state)[part]
+            materials = part_materials(nation, tank, state, shape)[part]
             if processed:  # every part names its colour stream, none a uv2
                 suffix = gavrel_geometry.PROCESSED_SUFFIX
                 tree = visual_tree(root_children, render_node, part, materials, "colour")
@@ -262,7 +262,7 @@ def vehicle_texture_files(nation, tank):
     files += [(f"{kind}_crash_AM.dds", extra_texture("DXT1", "burnt", DETAIL_SIZE, colour))
               for kind in ("Chassis", "Hull", "Turret", "Gun")]
     files += [(f"{kind}_CM.dds", extra_texture("DXT1", "mask", 32))
-              for kind in ("Tank", "Hull", "Turret", "Turret_02", "Gun")]
+              for kind in ("Tank", "Hull", "Turret", "Turret_01", "Turret_02", "Gun", "Gun_01")]
     if tank == HD_TEXTURE_TANK:
         hd = f"{base}/Hull_AM_hd.dds"
         files += [("Hull_AM.texformat", texformat_file(hd)),
@@ -274,10 +274,11 @@ def tank_members(archive, nation, tank):
     """Model parts of one vehicle (.primitives deflated, .visual and .model
     stored) and the textures they name, beside them in the same archive."""
     members = []
+    shape = MODEL_SHAPES.get(tank, shapes.STANDARD)
     collision = collision_model_files(tank_folder(nation, tank),
-                                      [p[0] for p in vehicle_parts(tank)])
-    for path, data in (vehicle_model_files(nation, tank) + vehicle_texture_files(nation, tank)
-                       + collision):
+                                      [p[0] for p in vehicle_parts(tank, 1, shape)], 1, shape)
+    for path, data in (vehicle_model_files(nation, tank, 1, shape)
+                       + vehicle_texture_files(nation, tank) + collision):
         compress = DEFLATED if ".primitives" in path else STORED
         members.append(Member(path, data, compress))
     return members
@@ -300,6 +301,16 @@ SAMPLE_TANKS = {
 # Model parts of vehicles whose model folder is not named like their tag;
 # they go into the archive after the parts of SAMPLE_TANKS.
 EXTRA_MODEL_FOLDERS = {"vehicles_level_02.pkg": [("Caldera", "C03_Wyvern")]}
+# Every other vehicle of the table has parts shaped for its class, in the
+# archive of its nation's vehicle files, after the vehicles above.
+SHAPED_VEHICLES = [(nation, vehicle) for nation in SAMPLE_NATIONS for vehicle in nation.vehicles
+                   if has_class_shape(vehicle)]
+MODEL_SHAPES = {vehicle.model_folder: shapes.SHAPES[vehicle.category]
+                for _, vehicle in SHAPED_VEHICLES}
+CLASS_TANKS = {archive: [(nation.data_name, vehicle.model_folder)
+                         for nation, vehicle in SHAPED_VEHICLES
+                         if nation.defs_archive == archive]
+               for archive in SAMPLE_TANKS}
 
 # The heavy vehicle of --scale: the parts 64 times finer a side, and large
 # uncompressed diffuse maps, for a benchmark of loading one vehicle.

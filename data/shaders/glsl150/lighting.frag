@@ -14,6 +14,8 @@
 // Defines: LIGHTING_BUMP (normal and specular map), LIGHTING_BASIC (vertex
 //   normal, no specular), DUAL_TEXTURE, ALPHA_STATIC (alpha test always on,
 //   at 0.5 when the material gives no reference).
+// The glTF export reads these maps as PbrMapping (src/geometry) says: keep
+// the two in step.
 
 in vec2 TexCoord0;
 #ifdef DUAL_TEXTURE

@@ -16,6 +16,8 @@
 //   offset), camoColor0..3 (rgb colour, a strength, 0..1).
 // Defines: DUAL_TEXTURE.
 // No environment map exists, so the ambient term stands in for it.
+// The glTF export reads these maps as PbrMapping (src/geometry) says: keep
+// the two in step.
 
 in vec2 TexCoord0;
 #ifdef DUAL_TEXTURE
