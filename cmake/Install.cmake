@@ -10,6 +10,8 @@ endif()
 
 install(TARGETS ferrox ferrox-tool RUNTIME DESTINATION bin_x64)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/data/ DESTINATION data)
+# The user guide as Help opens it: the page and its pictures.
+install(DIRECTORY ${CMAKE_BINARY_DIR}/docs/ DESTINATION docs)
 # Translations are built into the build tree's languages/ when there are any;
 # the folder stands in the installed tree either way.
 install(DIRECTORY DESTINATION languages)

@@ -858,6 +858,10 @@ Please check that your Gavrel path is correct.</source>
             <translation>Не удалось найти танк: </translation>
         </message>
         <message>
+            <source>Could not locate the user guide: </source>
+            <translation>Не удалось найти руководство пользователя: </translation>
+        </message>
+        <message>
             <source>Copied image to clipboard.</source>
             <translation>Изображение скопировано в буфер обмена.</translation>
         </message>
@@ -916,6 +920,10 @@ Application will now close.</source>
         <message>
             <source>Open Camera File</source>
             <translation>Открыть файл камеры</translation>
+        </message>
+        <message>
+            <source>Scene Reload done.</source>
+            <translation>Сцена перезагружена.</translation>
         </message>
     </context>
     <context>

@@ -10,7 +10,7 @@ packages=(
   libzzip-dev libbullet-dev libnvtt-dev zlib1g-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth libgl1-mesa-dri
-  python3 gettext imagemagick libnvtt-bin
+  python3 python3-markdown gettext imagemagick libnvtt-bin
   assimp-utils librsvg2-bin qt6-image-formats-plugins
   libtinygltf-dev nodejs npm f3d
 )

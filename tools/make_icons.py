@@ -5,7 +5,8 @@ Without options: the program icon (a steel-blue shield with an orange "F")
 in three sizes into icons/, where they are committed. With --window: every
 icon of the main window's actions, buttons and docks into the given folder;
 the build runs this into its own tree and compiles the result in. --list
-prints the names of the window icons, one a line."""
+prints the names of the window icons, one a line. --cursors and
+--list-cursors do the same for the viewport's drawn mouse cursors."""
 import math
 import struct
 import sys
@@ -259,6 +260,42 @@ WINDOW_ICONS = {
 }
 
 
+def outlined(shapes, grow=0.06):
+    """The shapes on a white rim a little wider, so that a cursor shows on
+    dark and light backgrounds alike."""
+    def wider(shape):
+        kind = shape[0]
+        if kind == "line":
+            return shape[:5] + (shape[5] + grow,)
+        if kind == "circle":
+            return shape[:3] + (shape[3] + grow / 2,)
+        if kind in ("ring", "arc"):
+            return (kind, shape[1], shape[2], max(0.0, shape[3] - grow / 2), shape[4] + grow / 2) + shape[5:]
+        return shape
+    return [(wider(shape), WHITE) for shape, _ in shapes] + shapes
+
+
+def orbit_shapes():
+    # a three-quarter circle with an arrow head at its open end, round a dot
+    head = [(0.86, 0.5), (0.98, 0.32), (0.74, 0.32)]
+    return outlined([(("arc", 0.5, 0.5, 0.26, 0.36, 0, 270), DARK), (("poly", head), DARK),
+                     (("circle", 0.5, 0.5, 0.08), ORANGE)])
+
+
+def cross_hair_shapes():
+    # a ring with four ticks that stop short of the centre, where the shot goes
+    ticks = [(0.5, 0.04, 0.5, 0.38), (0.5, 0.62, 0.5, 0.96), (0.04, 0.5, 0.38, 0.5), (0.62, 0.5, 0.96, 0.5)]
+    return outlined([(("ring", 0.5, 0.5, 0.27, 0.33), RED)]
+                    + [(("line",) + tick + (0.07,), RED) for tick in ticks])
+
+
+# The viewport's cursors, hot spot in the middle.
+CURSOR_ICONS = {
+    "Orbit.png": orbit_shapes(),
+    "cross_hair.png": cross_hair_shapes(),
+}
+
+
 def draw_shapes(size, shapes, samples=3):
     pixels = bytearray(size * size * 4)
     for y in range(size):
@@ -281,9 +318,9 @@ def draw_shapes(size, shapes, samples=3):
     return png_bytes(size, size, pixels)
 
 
-def write_window_icons(out, size=32):
+def write_window_icons(out, icons=WINDOW_ICONS, size=32):
     out.mkdir(parents=True, exist_ok=True)
-    for name, shapes in WINDOW_ICONS.items():
+    for name, shapes in icons.items():
         data = draw_shapes(size, shapes)
         target = out / name
         # unchanged files keep their time, so the resources are not rebuilt
@@ -295,6 +332,13 @@ def main():
     arguments = sys.argv[1:]
     if "--list" in arguments:
         print("\n".join(WINDOW_ICONS))
+        return
+    if "--list-cursors" in arguments:
+        print("\n".join(CURSOR_ICONS))
+        return
+    if "--cursors" in arguments:
+        arguments.remove("--cursors")
+        write_window_icons(Path(arguments[0]), CURSOR_ICONS)
         return
     if "--window" in arguments:
         arguments.remove("--window")

@@ -245,6 +245,9 @@ void Physics::clear()
         delete meshes[i];
     meshes.clear();
     rayStart = rayEnd = {0, 0, 0};
+    // The viewport draws its own copy of the shot's line: gone with the plates.
+    if (marks.rayLine)
+        marks.rayLine(rayStart, rayEnd);
     moveHitMarker({999, 999, 999});
 }
 

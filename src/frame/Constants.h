@@ -6,6 +6,8 @@ namespace Ferrox {
 inline constexpr char ApplicationName[] = "Ferrox";
 inline constexpr char ApplicationVersion[] = "1.0.17";
 inline constexpr char DataDirectory[] = "../data/";
+// The user guide as HTML with its pictures, beside data/.
+inline constexpr char UserGuideFile[] = "../docs/user-guide.html";
 inline constexpr char ShaderDirectory[] = "../data/shaders/";
 inline constexpr char TranslationDirectory[] = "../languages/";
 inline constexpr char GarageListName[] = "garages.cfg";

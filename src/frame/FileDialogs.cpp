@@ -18,10 +18,12 @@ bool useNativeDialog()
     return !settings || settings->nativeFileDialog;
 }
 
-QString firstSelected(QFileDialog& dialog)
+QString firstSelected(QFileDialog& dialog, QString* selectedFilter)
 {
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return QString();
+    if (selectedFilter)
+        *selectedFilter = dialog.selectedNameFilter();
     return dialog.selectedFiles().first();
 }
 
@@ -36,7 +38,7 @@ QString showNativeDialog(QWidget* parent, const FileDialogRequest& request)
                                             request.filter);
     case FileDialogRequest::SaveFile:
         return QFileDialog::getSaveFileName(parent, request.caption, request.startDirectory,
-                                            request.filter);
+                                            request.filter, request.selectedFilter);
     }
     return QString();
 }
@@ -60,7 +62,7 @@ QString showOwnDialog(QWidget* parent, const FileDialogRequest& request)
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         break;
     }
-    return firstSelected(dialog);
+    return firstSelected(dialog, request.selectedFilter);
 }
 
 QString choose(QWidget* parent, const FileDialogRequest& request)
@@ -94,7 +96,8 @@ QString chooseOpenFile(QWidget* parent, const QString& caption, const QString& s
 }
 
 QString chooseSaveFile(QWidget* parent, const QString& caption, const QString& startDirectory,
-                       const QString& filter, const QStringList& history)
+                       const QString& filter, const QStringList& history, QString* selectedFilter)
 {
-    return choose(parent, {FileDialogRequest::SaveFile, caption, startDirectory, filter, history});
+    return choose(parent, {FileDialogRequest::SaveFile, caption, startDirectory, filter, history,
+                           selectedFilter});
 }

@@ -22,6 +22,8 @@ struct FileDialogRequest
     QString startDirectory;
     QString filter;
     QStringList history;
+    // For a save dialog that asks for it: the name filter the user chose.
+    QString* selectedFilter = nullptr;
 };
 
 // With a handler set, no dialog is shown and its answer is the chosen path
@@ -34,5 +36,7 @@ QString chooseDirectory(QWidget* parent, const QString& caption, const QString& 
                         const QStringList& history);
 QString chooseOpenFile(QWidget* parent, const QString& caption, const QString& startDirectory,
                        const QString& filter, const QStringList& history);
+// selectedFilter, when given, receives the filter chosen in the dialog.
 QString chooseSaveFile(QWidget* parent, const QString& caption, const QString& startDirectory,
-                       const QString& filter, const QStringList& history);
+                       const QString& filter, const QStringList& history,
+                       QString* selectedFilter = nullptr);

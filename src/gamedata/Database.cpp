@@ -486,6 +486,8 @@ void Database::addCamouflageCatalogue(const QString& camoPath, const QString& tr
         camouflageHooks.nationRead(camoPath, translatedNation);
 }
 
-// With the render widget's GL start done, the window reloads its scene items
-// here ("Reloading Scene."), once those classes exist.
-void Database::reloadScene() {}
+void Database::reloadScene()
+{
+    if (sceneReloadRequested)
+        sceneReloadRequested();
+}

@@ -91,6 +91,9 @@ public:
         std::function<void()> cleared;
         std::function<void(const QString& relativePath, const QString& nation)> nationRead;
     } camouflageHooks;
+    // After each rebuild: the window reloads the scene's items (garages and
+    // vehicle) from the new data, once its viewport has started.
+    std::function<void()> sceneReloadRequested;
 
 public slots:
     void rebuildDatabase();

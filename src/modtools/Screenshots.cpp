@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
+#include <QRegularExpression>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -57,6 +58,15 @@ QString Screenshots::fileName(const QString& directory, const QString& tankName,
     if (timeStamp)
         file += QStringLiteral("_%1-%2-%3").arg(time.hour()).arg(time.minute()).arg(time.second());
     return QDir::toNativeSeparators(file + QStringLiteral(".png"));
+}
+
+QString Screenshots::withFormatSuffix(const QString& file, const QString& nameFilter)
+{
+    if (file.isEmpty() || !QFileInfo(file).suffix().isEmpty())
+        return file;
+    static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
+    const QRegularExpressionMatch match = pattern.match(nameFilter);
+    return file + QLatin1Char('.') + (match.hasMatch() ? match.captured(1) : QStringLiteral("png"));
 }
 
 bool Screenshots::save(const QImage& image, const QString& file, int quality, QString* error)

@@ -36,6 +36,11 @@ public:
     static QString fileName(const QString& directory, const QString& tankName, bool timeStamp,
                             const QTime& time);
 
+    // The file as the save dialog gave it, with the suffix of the chosen
+    // name filter ("Tiff (*.tiff)") when it has none of its own; PNG's
+    // when the filter names none.
+    static QString withFormatSuffix(const QString& file, const QString& nameFilter);
+
     // Writes image whole or not at all, in the format the file's suffix
     // names (PNG when none), at quality 0 to 100. False with the writer's
     // reason in error.

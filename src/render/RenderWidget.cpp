@@ -441,12 +441,16 @@ void RenderWidget::toggleRenderInfo(bool hidden)
     overlay.dirty = true;
 }
 
-// TankLoader::reload follows the garages once it exists.
 void RenderWidget::sceneReload()
 {
-    if (gl)
-        withContext([this] { frame.scene.reloadGarages(); });
-    showStatusMessage(QStringLiteral("Scene Reload done."), 0);
+    if (!gl)
+        return;
+    withContext([this] {
+        frame.scene.reloadGarages();
+        showStatusMessage(tr("Scene Reload done."), 0);
+        for (const std::function<void()>& reload : sceneReloaders)
+            reload();
+    });
 }
 
 void RenderWidget::mouseInverted()

@@ -59,6 +59,13 @@ public:
     // with the context current, before the TextureLoader.
     using SceneLoaderMaker = std::function<QObject*(RenderWidget& widget)>;
     void addSceneLoaderMaker(SceneLoaderMaker maker) { loaderMakers.push_back(std::move(maker)); }
+    // Runs by sceneReload after the garages, with the context current: an
+    // installed loader loads what it shows again (the vehicle, from the
+    // files as they are now).
+    void addSceneReloader(std::function<void()> reloader)
+    {
+        sceneReloaders.push_back(std::move(reloader));
+    }
 
     // Ctrl + left click in armour mode: a shell from the camera's eye (from)
     // through the point under the cursor; to is the unit direction times
@@ -197,5 +204,6 @@ private:
     MaterialLoader* materialLoader = nullptr;
     TextureLoader* textureLoader = nullptr;
     std::vector<SceneLoaderMaker> loaderMakers;
+    std::vector<std::function<void()>> sceneReloaders;
     std::vector<QObject*> sceneLoaders;
 };

@@ -6,6 +6,7 @@
 #include <QMatrix4x4>
 #include <QMouseEvent>
 #include <QOpenGLFunctions_3_2_Core>
+#include <QPixmap>
 #include <QVector4D>
 #include <QWheelEvent>
 #include <QWidget>
@@ -15,11 +16,13 @@
 ViewportInput::ViewportInput(QWidget& widget, CameraControls& cameraControls)
     : viewport(widget), controls(cameraControls)
 {
+    // The drawn ones have their hot spot in the middle, where a press orbits
+    // round and a shot goes.
     cursors[SizeAllCursor] = QCursor(Qt::SizeAllCursor);
-    cursors[OrbitCursor] = QCursor(Qt::ClosedHandCursor);
+    cursors[OrbitCursor] = QCursor(QPixmap(QStringLiteral(":/icons/Orbit.png")));
     cursors[IdleCursor] = QCursor(Qt::OpenHandCursor);
     cursors[RollCursor] = QCursor(Qt::SizeVerCursor);
-    cursors[ArmorCursor] = QCursor(Qt::CrossCursor);
+    cursors[ArmorCursor] = QCursor(QPixmap(QStringLiteral(":/icons/cross_hair.png")));
     viewport.setCursor(cursors[IdleCursor]);
 }
 

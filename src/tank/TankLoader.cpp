@@ -142,8 +142,10 @@ void TankLoader::unload()
 void TankLoader::abandonLoad()
 {
     chooser->clear();
-    unloadMeshes();
+    unload();
     loaded = false;
+    // The load's "Loading Tank:" would otherwise stand on as if it went on.
+    showStatusMessage(QString(), 0);
 }
 
 bool TankLoader::failLoad(const QString& tankName, const QString& reason)
@@ -231,7 +233,7 @@ bool TankLoader::load(QString tankName)
 
     Database* database = Database::instance();
     if (!database || database->tankDirectory(tankName).isEmpty()) {
-        window.renewOverlayText();
+        abandonLoad();
         return false;
     }
     if (!readVehicle(tankName)) {

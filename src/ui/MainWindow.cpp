@@ -41,8 +41,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMessageBox>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSettings>
 #include <QSqlQuery>
@@ -62,13 +64,6 @@ const QString RecentTanksKey = QStringLiteral("RecentTanks");
 QString programName()
 {
     return QLatin1String(Ferrox::ApplicationName);
-}
-
-// The work of these slots comes with later parts of the program; until then
-// the entry points exist and say so.
-void notThereYet(const char* what)
-{
-    Log::log(QLatin1String(what) + QStringLiteral(": not available yet."), Log::Info);
 }
 
 bool anyNonZero(const Vector3& triple)
@@ -96,6 +91,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
     renderWidget = ui.mRenderWidget;
     installVehicleLoader(*renderWidget);
     installCamoLoader(*renderWidget);
+    connect(this, &MainWindow::reloadSceneItems, renderWidget, &RenderWidget::sceneReload);
+    if (Database* database = Database::instance())
+        database->sceneReloadRequested = [this] { reloadScene(); };
+    ui.mTankListView->followFilter(ui.tankFilter);
+    connectCameraBoxes();
     setStatusMessageSink(
         [this](const QString& text, int timeoutMs) { statusBar()->showMessage(text, timeoutMs); });
 
@@ -105,6 +105,11 @@ MainWindow::MainWindow(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(par
         dock->setFloating(true);
     }
 
+    // Maximised where a window manager does it; where none does (or before
+    // it does), the screen's whole available area rather than the form's
+    // narrow size, so that the viewport gets the larger share.
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        setGeometry(screen->availableGeometry());
     // The first show starts the viewport's GL, which creates the loaders
     // used from here on.
     showMaximized();
@@ -175,6 +180,8 @@ MainWindow::~MainWindow()
         loader->window = TankWindowSink{};
     if (CollisionArmor* armor = CollisionArmor::instance())
         armor->tablesChanged = nullptr;
+    if (Database* database = Database::instance())
+        database->sceneReloadRequested = nullptr;
     if (mainWindow == this) {
         mainWindow = nullptr;
         setStatusMessageSink({});
@@ -197,6 +204,22 @@ void MainWindow::initialiseViewport()
         QCoreApplication::processEvents();
     if (!renderWidget->isValid() && !startupErrorPending())
         reportStartupError(QStringLiteral("OpenGL 3.2 is required."));
+}
+
+// A loaded .Camera file sets the type and view boxes; the camera has taken
+// the file's view already, so the boxes' own signals must not set it again.
+void MainWindow::connectCameraBoxes()
+{
+    const auto showIndex = [](QComboBox* box) {
+        return [box](int index) {
+            const QSignalBlocker quiet(box);
+            box->setCurrentIndex(index);
+        };
+    };
+    connect(&renderWidget->controls, &CameraControls::cameraTypeIndexChanged, ui.CameraTypeCombo,
+            showIndex(ui.CameraTypeCombo));
+    connect(&renderWidget->controls, &CameraControls::cameraViewIndexChanged, ui.CameraViewCombo,
+            showIndex(ui.CameraViewCombo));
 }
 
 void MainWindow::connectTankLoader(TankLoader& loader)
@@ -420,9 +443,21 @@ void MainWindow::aboutViewer()
     about.exec();
 }
 
+QString MainWindow::userGuidePath()
+{
+    return QFileInfo(QLatin1String(Ferrox::UserGuideFile)).absoluteFilePath();
+}
+
 void MainWindow::aboutHelp()
 {
-    notThereYet("Ferrox Help");
+    const QString guide = userGuidePath();
+    if (!QFile::exists(guide)) {
+        Log::log(QStringLiteral("Could not locate the user guide: ") + guide, Log::Warning);
+        showOk(true, this,
+               tr("Could not locate the user guide: ") + QDir::toNativeSeparators(guide));
+        return;
+    }
+    QDesktopServices::openUrl(QUrl::fromLocalFile(guide));
 }
 
 void MainWindow::showPreferences()
@@ -847,6 +882,7 @@ void MainWindow::loadTank()
     }
     TankLoader* loader = TankLoader::instance();
     if (!loader || !renderWidget->withContext([&] { return loader->load(name.toString()); })) {
+        statusBar()->showMessage(tr("Failed to load tank: ") + name.toString());
         showOk(true, this, tr("Failed to load tank: ") + name.toString());
         return;
     }
@@ -1120,6 +1156,10 @@ void MainWindow::showArmorTable(QTableView* table, QStandardItemModel* model)
     QItemSelectionModel* old = table->selectionModel();
     table->setModel(model);
     delete old;
+    // A list of thicknesses in their colours: no column title, no row numbers.
+    table->horizontalHeader()->hide();
+    table->verticalHeader()->hide();
+    table->resizeRowsToContents();
 }
 
 void MainWindow::regularArmorClicked(QModelIndex index)

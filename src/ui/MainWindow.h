@@ -44,6 +44,8 @@ public:
     static QString userLayoutPath();
     static QString defaultLayoutPath();
     static QString recentListPath();
+    // The HTML user guide that Help opens, beside the program's data.
+    static QString userGuidePath();
 
     Ui::MainWindow ui;
     RenderWidget* renderWidget = nullptr;
@@ -144,6 +146,7 @@ private:
     void buildWindowMenu();
     void restoreStartLayout();
     void toggleDock(QDockWidget* dock);
+    void connectCameraBoxes();
     void connectTankLoader(TankLoader& loader);
     void connectCamouflage();
     void connectArmorCollisionState();

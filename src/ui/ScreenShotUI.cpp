@@ -9,6 +9,7 @@
 #include "Settings.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QPalette>
 #include <QProgressDialog>
 #include <QThread>
@@ -29,17 +30,26 @@ ScreenShotUI::ScreenShotUI(QWidget* parent, RenderWidget* widget)
     for (const Screenshots::Preset& preset : Screenshots::presets())
         ui.presetComboBox->addItem(preset.text);
     ui.presetComboBox->setCurrentIndex(StartPreset);
-    if (renderWidget)
+    if (renderWidget) {
+        frame = renderWidget->grabFramebuffer().convertToFormat(QImage::Format_RGB32);
         renderWidget->paused = true;
-    showPreview();
+    }
+    // The preview's size is known only once the layout has run.
+    ui.previewWidget->installEventFilter(this);
     loadPresetChanged(StartPreset);
+}
+
+bool ScreenShotUI::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == ui.previewWidget && event->type() == QEvent::Resize)
+        showPreview();
+    return QDialog::eventFilter(watched, event);
 }
 
 void ScreenShotUI::showPreview()
 {
-    if (!renderWidget)
+    if (frame.isNull())
         return;
-    const QImage frame = renderWidget->grabFramebuffer().convertToFormat(QImage::Format_RGB32);
     QPalette palette;
     palette.setBrush(backgroundRole(),
                      QBrush(frame.scaled(ui.previewWidget->size(), Qt::IgnoreAspectRatio,
@@ -64,9 +74,11 @@ void ScreenShotUI::accept()
     const int width = ui.widthSpinBox->value();
     const int height = ui.heightSpinBox->value();
     const Settings* settings = Settings::instance();
-    const QString file =
+    QString format;
+    const QString file = Screenshots::withFormatSuffix(
         chooseSaveFile(this, tr("Save Screenshot"), settings ? settings->screenshotPath : QString(),
-                       QStringLiteral("Png (*.png);;Tiff (*.tiff)"), {});
+                       QStringLiteral("Png (*.png);;Tiff (*.tiff)"), {}, &format),
+        format);
     if (file.isEmpty())
         return;
     const bool transparent = ui.transparencyCheckBox->isChecked();

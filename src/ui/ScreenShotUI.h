@@ -21,8 +21,14 @@ public slots:
     void loadPresetChanged(int index);
     void accept() override;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void showPreview();
 
     RenderWidget* renderWidget;
+    // The viewport's frame as the dialog opened, scaled to the preview's
+    // size whenever the layout gives it one.
+    QImage frame;
 };

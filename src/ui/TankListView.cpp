@@ -71,6 +71,27 @@ TankListView::TankListView(QWidget* parent) : QListView(parent)
             SLOT(showContextMenuForWidget(QPoint)));
 }
 
+void TankListView::followFilter(QWidget* filter)
+{
+    filterBox = filter;
+    filter->installEventFilter(this);
+}
+
+bool TankListView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != filterBox || event->type() != QEvent::KeyPress)
+        return QListView::eventFilter(watched, event);
+    const auto* key = static_cast<QKeyEvent*>(event);
+    const bool intoList = key->modifiers() == Qt::NoModifier &&
+                          (key->key() == Qt::Key_Down || key->key() == Qt::Key_Tab);
+    if (!intoList || !model() || model()->rowCount() == 0)
+        return false;
+    if (!currentIndex().isValid())
+        setCurrentIndex(model()->index(0, 0));
+    setFocus(Qt::TabFocusReason);
+    return true;
+}
+
 void TankListView::keyPressEvent(QKeyEvent* event)
 {
     QListView::keyPressEvent(event);

@@ -14,6 +14,11 @@ class TankListView : public QListView
 public:
     explicit TankListView(QWidget* parent = nullptr);
 
+    // Down or Tab in the filter box moves into the list, onto its first row
+    // when none is current, so that Enter then loads it.
+    void followFilter(QWidget* filter);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 public slots:
     void showContextMenuForWidget(const QPoint& pos);
     void openDirectory();
@@ -36,4 +41,5 @@ private:
     bool extractWithProgress();
 
     QMenu* contextMenu;
+    QWidget* filterBox = nullptr;
 };

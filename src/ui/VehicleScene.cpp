@@ -57,4 +57,8 @@ TankLoader* makeTankLoader(RenderWidget& widget)
 void installVehicleLoader(RenderWidget& widget)
 {
     widget.addSceneLoaderMaker([](RenderWidget& owner) { return makeTankLoader(owner); });
+    widget.addSceneReloader([] {
+        if (TankLoader* loader = TankLoader::instance())
+            loader->reload();
+    });
 }

@@ -160,4 +160,21 @@ TEST_F(PhysicsTest, AMissIsOneEntryOutOfSight)
     EXPECT_EQ(physics.rayEnd, (Vector3{5, 0, -10}));
 }
 
+TEST_F(PhysicsTest, ClearTakesTheShotOutOfTheViewport)
+{
+    Vector3 marker{}, lineStart{1, 1, 1}, lineEnd{1, 1, 1};
+    physics.marks.moveHitMarker = [&](const Vector3& at) { marker = at; };
+    physics.marks.rayLine = [&](const Vector3& start, const Vector3& end) {
+        lineStart = start;
+        lineEnd = end;
+    };
+    fire();
+    EXPECT_EQ(lineEnd, physics.rayEnd);
+    EXPECT_NE(lineEnd, (Vector3{0, 0, 0}));
+    physics.clear();
+    EXPECT_EQ(lineStart, (Vector3{0, 0, 0}));
+    EXPECT_EQ(lineEnd, (Vector3{0, 0, 0}));
+    EXPECT_EQ(marker, (Vector3{999, 999, 999}));
+}
+
 } // namespace

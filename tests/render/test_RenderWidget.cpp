@@ -331,18 +331,33 @@ TEST_F(RenderWidgetTest, InputAndDockSlotsReachTheControlsAndButtonsSetTheCursor
     EXPECT_EQ(view.controls.zoom, 11.0f);
 
     const QPoint at(20, 20);
+    // A drawn cursor: its picture, with the hot spot in the middle.
+    const auto drawn = [&view](const char* icon) {
+        const QImage image{QString::fromLatin1(icon)};
+        const QCursor cursor = view.cursor();
+        return !image.isNull() && cursor.shape() == Qt::BitmapCursor &&
+               cursor.pixmap().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied) ==
+                   image.convertToFormat(QImage::Format_ARGB32_Premultiplied) &&
+               cursor.hotSpot() == QPoint(image.width() / 2, image.height() / 2);
+    };
     const std::pair<Qt::MouseButton, Qt::CursorShape> drags[] = {
-        {Qt::RightButton, Qt::SizeAllCursor}, {Qt::MiddleButton, Qt::SizeVerCursor}};
+        {Qt::RightButton, Qt::SizeAllCursor},
+        {Qt::MiddleButton, Qt::SizeVerCursor},
+        {Qt::LeftButton, Qt::BitmapCursor}};
     for (auto [button, shape] : drags) {
         QTest::mousePress(&view, button, Qt::NoModifier, at);
         EXPECT_EQ(view.cursor().shape(), shape) << button;
         QTest::mouseRelease(&view, button, Qt::NoModifier, at);
         EXPECT_EQ(view.cursor().shape(), Qt::OpenHandCursor) << button;
     }
+    QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, at);
+    EXPECT_TRUE(drawn(":/icons/Orbit.png"));
+    QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, at);
     view.armorToggle(true);
+    EXPECT_TRUE(drawn(":/icons/cross_hair.png"));
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, at);
     QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, at);
-    EXPECT_EQ(view.cursor().shape(), Qt::CrossCursor);
+    EXPECT_TRUE(drawn(":/icons/cross_hair.png"));
 
     // The dock's slots and signals and the mouse settings go through too.
     QSignalSpy rotationX(&view, &RenderWidget::cameraRotationXChanged);

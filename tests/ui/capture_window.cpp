@@ -22,17 +22,27 @@
 #include <functional>
 
 namespace {
+// The right-hand column in two groups of tabs, each few enough that their
+// titles show whole at the docks' width: the vehicle above, the scene below.
 void designLayout(MainWindow& window)
 {
     Ui::MainWindow& ui = window.ui;
-    for (QDockWidget* dock : QList<QDockWidget*>{ui.TankOptionsDock, ui.SceneSettingsDock,
-                                                 ui.CameraDock, ui.CamoDock}) {
+    const QList<QDockWidget*> column{ui.TanksDock, ui.TankOptionsDock, ui.SceneSettingsDock,
+                                     ui.CameraDock, ui.CamoDock};
+    for (QDockWidget* dock : column)
+        window.removeDockWidget(dock);
+    window.addDockWidget(Qt::RightDockWidgetArea, ui.TanksDock, Qt::Vertical);
+    window.addDockWidget(Qt::RightDockWidgetArea, ui.SceneSettingsDock, Qt::Vertical);
+    window.tabifyDockWidget(ui.TanksDock, ui.TankOptionsDock);
+    window.tabifyDockWidget(ui.SceneSettingsDock, ui.CameraDock);
+    window.tabifyDockWidget(ui.CameraDock, ui.CamoDock);
+    for (QDockWidget* dock : column)
         dock->show();
-        window.tabifyDockWidget(ui.TanksDock, dock);
-    }
+    window.resizeDocks({ui.TanksDock, ui.SceneSettingsDock}, {620, 380}, Qt::Vertical);
     ui.LogViewDock->hide();
     ui.armorInspectionDock->hide();
     ui.TanksDock->raise();
+    ui.SceneSettingsDock->raise();
 }
 
 void showVehicle(MainWindow& window)

@@ -11,6 +11,7 @@
 #include "ToolRunner.h"
 #include "WeakSpotDisplay.h"
 
+#include <QHeaderView>
 #include <QMouseEvent>
 #include <QProgressBar>
 #include <QSignalSpy>
@@ -105,6 +106,20 @@ TEST_F(WindowTest, CollisionStateShowsTheArmourTablesAndASecondClickClears)
         ASSERT_EQ(regular->model(), armor->regularModel);
         ASSERT_EQ(window.ui.spacedArmorTableView->model(), armor->spacedModel);
         ASSERT_GT(regular->model()->rowCount(), 1);
+        // No headers, rows as high as their text: as a view of the same
+        // table fitted to its contents shows it.
+        for (QTableView* table : {regular, window.ui.spacedArmorTableView}) {
+            EXPECT_TRUE(table->horizontalHeader()->isHidden());
+            EXPECT_TRUE(table->verticalHeader()->isHidden());
+            QTableView fitted;
+            fitted.setFont(table->font());
+            fitted.setModel(table->model());
+            fitted.horizontalHeader()->hide();
+            fitted.verticalHeader()->hide();
+            fitted.resizeRowsToContents();
+            for (int row = 0; row < table->model()->rowCount(); ++row)
+                EXPECT_EQ(table->rowHeight(row), fitted.rowHeight(row)) << row;
+        }
 
         const QModelIndex cell = regular->model()->index(1, 0);
         auto click = [&] {

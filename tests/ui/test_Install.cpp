@@ -93,7 +93,8 @@ TEST(InstallTest, InstalledProgramOpensTheSampleInstallationFromItsLauncher)
     ASSERT_EQ(install.exitCode, 0) << install.output.toStdString();
 
     for (const char* file : {"bin_x64/ferrox", "bin_x64/ferrox-tool", "data/resources.cfg",
-                             "data/tank_list.cfg", "data/shaders/glsl150", "languages"})
+                             "data/tank_list.cfg", "data/shaders/glsl150", "languages",
+                             "docs/user-guide.html", "docs/images/main-window.png"})
         EXPECT_TRUE(QFileInfo::exists(prefix + QLatin1Char('/') + QLatin1String(file))) << file;
     for (int size : {16, 32, 128}) {
         const QImage icon(dataHome +

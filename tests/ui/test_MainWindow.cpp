@@ -18,8 +18,13 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
+#include <QStyle>
+#include <QTabBar>
 
 namespace {
 QStringList qtWarnings;
@@ -146,6 +151,59 @@ TEST_F(WindowTest, LayoutsComeFromTheUserTheShippedFileOrTheBuiltInTabs)
     EXPECT_TRUE(logLines().contains(QStringLiteral("[ Info ] Loaded layout file: default.layout")));
 }
 
+namespace {
+// Whether a tab's title has the room its text needs, so that it is not
+// cut short to a few letters like its neighbours'.
+bool titleShownWhole(const QTabBar* bar, int tab)
+{
+    const int needed = bar->fontMetrics().horizontalAdvance(bar->tabText(tab)) +
+                       bar->style()->pixelMetric(QStyle::PM_TabBarTabHSpace, nullptr, bar);
+    return bar->tabRect(tab).width() >= needed;
+}
+} // namespace
+
+// The shipped layout on a 1920 x 1080 screen: the viewport takes the larger
+// share, each panel fits its dock's width, and the tabs can be told apart.
+TEST_F(WindowTest, TheShippedLayoutFitsThePanelsAndGivesTheViewportTheRoom)
+{
+    runWindow([](MainWindow& window) {
+        const QRect screen = window.screen()->availableGeometry();
+        EXPECT_GE(window.width(), screen.width() * 9 / 10);
+        EXPECT_GE(window.height(), screen.height() * 9 / 10);
+        const QWidget* viewport = window.renderWidget;
+        EXPECT_GT(viewport->width(), window.width() * 2 / 3);
+        EXPECT_GT(viewport->width(), viewport->height());
+
+        for (QDockWidget* dock : window.findChildren<QDockWidget*>()) {
+            auto* scroll = dock->findChild<QScrollArea*>();
+            if (!scroll)
+                continue;
+            SCOPED_TRACE(dock->objectName().toStdString());
+            dock->raise();
+            QCoreApplication::processEvents();
+            EXPECT_TRUE(dock->isVisible());
+            EXPECT_FALSE(scroll->horizontalScrollBar()->isVisible())
+                << scroll->widget()->minimumSizeHint().width() << " in "
+                << scroll->viewport()->width();
+        }
+        window.ui.TankOptionsDock->raise();
+        QCoreApplication::processEvents();
+        for (const QWidget* control : std::initializer_list<const QWidget*>{
+                 window.ui.turretComboBox, window.ui.gunComboBox, window.ui.CollisionBtn})
+            EXPECT_EQ(control->visibleRegion(), QRegion(control->rect()))
+                << control->objectName().toStdString();
+
+        int tabs = 0;
+        for (const QTabBar* bar : window.findChildren<QTabBar*>()) {
+            if (!bar->isVisible())
+                continue;
+            for (int tab = 0; tab < bar->count(); ++tab, ++tabs)
+                EXPECT_TRUE(titleShownWhole(bar, tab)) << bar->tabText(tab).toStdString();
+        }
+        EXPECT_EQ(tabs, 5);
+    });
+}
+
 TEST_F(WindowTest, LogPanelShowsEachLevelInItsTab)
 {
     runWindow([](MainWindow& window) {
@@ -239,5 +297,28 @@ TEST_F(WindowTest, AboutBoxShowsTheViewportsDriver)
         EXPECT_EQ(vendor, glText(GL_VENDOR));
         EXPECT_EQ(renderer, glText(GL_RENDERER));
         EXPECT_FALSE(renderer.isEmpty());
+    });
+}
+
+TEST_F(WindowTest, ALoadedCameraFileSetsTheTypeAndViewBoxes)
+{
+    root.writeFile(QStringLiteral("top.Camera"),
+                   "<Camera>\n <Target>0 0.5 0</Target>\n <Rotation>30 -60 0</Rotation>\n"
+                   " <Fov>50</Fov>\n <Zoom>14</Zoom>\n <Type>1</Type>\n</Camera>\n");
+    runWindow([this](MainWindow& window) {
+        window.ui.CameraViewCombo->setCurrentIndex(3);
+        setFileDialogHandler([this](const FileDialogRequest&) {
+            return root.filePath(QStringLiteral("top.Camera"));
+        });
+        window.ui.actionLoad_Camera_View->trigger();
+        setFileDialogHandler({});
+        EXPECT_EQ(window.ui.CameraTypeCombo->currentIndex(), 1);
+        EXPECT_EQ(window.ui.CameraViewCombo->currentIndex(), 0);
+        // The boxes follow the file's view without setting one of their own.
+        const CameraControls& controls = window.renderWidget->controls;
+        EXPECT_EQ(controls.typeIndex, 1);
+        EXPECT_EQ(controls.rotation, (Vector3{30, -60, 0}));
+        EXPECT_FLOAT_EQ(controls.zoom, 14);
+        EXPECT_DOUBLE_EQ(window.ui.RotYDoubleSpinBox->value(), -60);
     });
 }

@@ -1,6 +1,7 @@
-// The mod-folder tools and the screenshots from the window: the boxes of
-// the tools' checks, the vehicle's folder, extraction, the image editor, the
-// screenshot dialog and the UV templates. Nothing lands in the game folder.
+// The mod-folder tools, the screenshots and the user guide from the window:
+// the boxes of the tools' checks, the vehicle's folder, extraction, the
+// image editor, the screenshot dialog, the UV templates and Help. Nothing
+// lands in the game folder.
 
 #include "WindowFixture.h"
 
@@ -20,7 +21,9 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QImageReader>
 #include <QProgressDialog>
+#include <QRegularExpression>
 #include <QUrl>
 
 namespace {
@@ -305,12 +308,23 @@ TEST_F(ModToolsTest, ScreenshotsGoToClipboardFileAndDialog)
         EXPECT_TRUE(boxes.boxes.isEmpty());
         window.ui.actionFullscreen->setChecked(false);
 
-        const QString file = root.filePath(QStringLiteral("dialog.png"));
+        // A name without a suffix takes the chosen format's.
+        const QString file = root.filePath(QStringLiteral("dialog.tiff"));
         QString answer;
-        setFileDialogHandler([&answer](const FileDialogRequest&) { return answer; });
+        setFileDialogHandler([&answer](const FileDialogRequest& request) {
+            if (request.selectedFilter)
+                *request.selectedFilter = QStringLiteral("Tiff (*.tiff)");
+            return answer;
+        });
         {
             ScreenShotUI dialog(&window, window.renderWidget);
             EXPECT_TRUE(window.renderWidget->paused);
+            // The preview is the frame scaled to the preview's size after
+            // layout: a smaller picture would repeat across it.
+            dialog.show();
+            const QWidget* preview = dialog.ui.previewWidget;
+            EXPECT_EQ(preview->palette().brush(dialog.backgroundRole()).textureImage().size(),
+                      preview->size());
             const int side = std::min(window.renderWidget->maxImageSize(), 8000);
             dialog.loadPresetChanged(7);
             EXPECT_EQ(dialog.ui.widthSpinBox->value(), side);
@@ -322,11 +336,12 @@ TEST_F(ModToolsTest, ScreenshotsGoToClipboardFileAndDialog)
             boxes.boxes.clear();
             dialog.accept(); // chooser cancelled: nothing happens
             EXPECT_TRUE(boxes.boxes.isEmpty());
-            answer = file;
+            answer = root.filePath(QStringLiteral("dialog"));
             dialog.accept();
             EXPECT_EQ(lastBox(), QStringLiteral("Screenshot save operation complete."));
         }
         setFileDialogHandler({});
+        EXPECT_EQ(QImageReader(file).format(), "tiff");
         const QImage image(file);
         ASSERT_EQ(image.size(), QSize(333, 187));
         EXPECT_TRUE(image.hasAlphaChannel());
@@ -403,3 +418,33 @@ TEST_F(ModToolsTest, GltfExportStartsInTheModFolderAndWritesWhatTheToolWrites)
 }
 
 #include "test_ModTools.moc"
+
+TEST_F(ModToolsTest, HelpOpensTheUserGuideBesideTheProgram)
+{
+    UrlRecorder urls;
+    runWindow([&](MainWindow& window) {
+        const QString guide = root.filePath(QStringLiteral("docs/user-guide.html"));
+        window.ui.actionFerrox_Help->trigger();
+        EXPECT_TRUE(urls.urls.isEmpty());
+        EXPECT_EQ(lastBox(), QStringLiteral("Could not locate the user guide: ") +
+                                 QDir::toNativeSeparators(guide));
+
+        // The guide as the build renders it for the install.
+        ASSERT_TRUE(QFile::link(QStringLiteral(FERROX_BIN_DIR "/../docs"),
+                                root.filePath(QStringLiteral("docs"))));
+        window.ui.actionFerrox_Help->trigger();
+        ASSERT_EQ(urls.urls.size(), 1);
+        EXPECT_EQ(urls.urls[0], QUrl::fromLocalFile(guide));
+        const QString page = QString::fromUtf8(readFile(guide));
+        EXPECT_TRUE(page.contains(QStringLiteral("<h2 id=\"keys\">Keys</h2>")));
+        // Every picture it shows stands beside it.
+        static const QRegularExpression picture(QStringLiteral("<img [^>]*src=\"([^\"]+)\""));
+        int pictures = 0;
+        for (auto match = picture.globalMatch(page); match.hasNext(); ++pictures) {
+            const QString source = match.next().captured(1);
+            EXPECT_FALSE(QImage(QFileInfo(guide).dir().filePath(source)).isNull())
+                << source.toStdString();
+        }
+        EXPECT_GT(pictures, 10);
+    });
+}

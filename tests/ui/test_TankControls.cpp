@@ -4,12 +4,16 @@
 
 #include "WindowFixture.h"
 
+#include "Database.h"
+#include "Log.h"
 #include "MaterialLoader.h"
+#include "RenderWidget.h"
 #include "Settings.h"
 #include "TankLoader.h"
 #include "TurretGunChooser.h"
 
 #include <QSettings>
+#include <QStatusBar>
 
 namespace {
 QStringList sorted(QStringList names)
@@ -73,7 +77,19 @@ TEST_F(WindowTest, LoadsByEnterDoubleClickButtonAndRecentEntry)
         TankLoader* loader = TankLoader::instance();
         ASSERT_NE(loader, nullptr);
         QListView* list = window.ui.mTankListView;
+        // Down or Tab from the filter box moves onto the list's first name.
+        const auto fromFilter = [&](const char* name, Qt::Key into, Qt::Key load) {
+            return [&window, name, into, load] {
+                QTest::keyClicks(window.ui.tankFilter, QString::fromUtf8(name));
+                QTest::keyClick(window.ui.tankFilter, into);
+                ASSERT_EQ(window.focusWidget(), window.ui.mTankListView);
+                QTest::keyClick(window.ui.mTankListView, load);
+                window.ui.tankFilter->clear();
+            };
+        };
         const std::pair<const char*, std::function<void()>> ways[] = {
+            {"Ironmoth", fromFilter("onmo", Qt::Key_Down, Qt::Key_Return)},
+            {"Proving Ground", fromFilter("Provi", Qt::Key_Tab, Qt::Key_Enter)},
             {"Talon", [&] { QTest::keyClick(list, Qt::Key_Return); }},
             {"Kestrel", [&] { QTest::keyClick(list, Qt::Key_Enter); }},
             {"Wyvern",
@@ -90,7 +106,8 @@ TEST_F(WindowTest, LoadsByEnterDoubleClickButtonAndRecentEntry)
             EXPECT_TRUE(loader->loaded);
             EXPECT_EQ(loader->name, QString::fromUtf8(name));
         }
-        EXPECT_EQ(window.recentTanks, (QStringList{"Basilisk", "Wyvern", "Kestrel", "Talon"}));
+        EXPECT_EQ(window.recentTanks,
+                  (QStringList{"Basilisk", "Wyvern", "Kestrel", "Talon", "Proving Ground"}));
         // A right double click loads nothing.
         selectTank(window, QStringLiteral("Pike"));
         QTest::mouseDClick(list->viewport(), Qt::RightButton, {},
@@ -117,6 +134,63 @@ TEST_F(WindowTest, LoadsByEnterDoubleClickButtonAndRecentEntry)
         EXPECT_EQ(boxes.boxes.last().text, QStringLiteral("You must select a tank."));
     });
     EXPECT_TRUE(logLines().contains(QStringLiteral("[ Warning ] Could not find tank: Talon")));
+}
+
+TEST_F(WindowTest, AFailedLoadLeavesNeitherTheOldFactsNorTheLoadingMessage)
+{
+    runWindow([this](MainWindow& window) {
+        loadByName(window, QStringLiteral("Talon"));
+        // Without a turret, without a gun, without models.
+        for (const QString& broken :
+             {QStringLiteral("Harrow"), QStringLiteral("Marauder"), QStringLiteral("Halberd")}) {
+            SCOPED_TRACE(broken.toStdString());
+            loadByName(window, broken);
+            const QString failed = QStringLiteral("Failed to load tank: ") + broken;
+            ASSERT_FALSE(boxes.boxes.isEmpty());
+            EXPECT_EQ(boxes.boxes.last().text, failed);
+            EXPECT_EQ(window.statusBar()->currentMessage(), failed);
+            OverlayFacts facts;
+            window.renderWidget->frame.vehicleFacts(facts);
+            EXPECT_EQ(facts.hitPoints, 0);
+            EXPECT_EQ(facts.name, QString());
+            EXPECT_EQ(facts.tankTriangles, 0);
+        }
+    });
+}
+
+TEST_F(WindowTest, ReloadSceneAndADatabaseRebuildLoadTheVehicleAgain)
+{
+    runWindow([](MainWindow& window) {
+        const auto loads = [] {
+            return int(Log::instance()->allText.count(QStringLiteral("Loading Tank: Talon")));
+        };
+        const auto reloads = [] {
+            return int(Log::instance()->allText.count(QStringLiteral("[ Info ] Reloading Scene.")));
+        };
+        loadByName(window, QStringLiteral("Talon"));
+        const TurretGunChooser* chooser = TurretGunChooser::instance();
+        ASSERT_EQ(chooser->turrets.size(), 2);
+        window.ui.turretComboBox->setCurrentIndex(1);
+        const QString turret = chooser->currentTurretName;
+        const QString gun = chooser->currentGunName;
+        ASSERT_EQ(turret, chooser->turrets[1].name);
+
+        const std::pair<const char*, std::function<void()>> ways[] = {
+            {"Reload Scene", [&] { window.ui.actionReload_Scene->trigger(); }},
+            {"rebuild", [] { Database::instance()->rebuildDatabase(); }},
+        };
+        for (const auto& [way, reload] : ways) {
+            SCOPED_TRACE(way);
+            const int before = loads();
+            const int reloadsBefore = reloads();
+            reload();
+            EXPECT_EQ(reloads(), reloadsBefore + 1);
+            EXPECT_EQ(loads(), before + 1);
+            EXPECT_TRUE(TankLoader::instance()->loaded);
+            EXPECT_EQ(chooser->currentTurretName, turret);
+            EXPECT_EQ(chooser->currentGunName, gun);
+        }
+    });
 }
 
 TEST_F(WindowTest, RecentListKeepsFiveNamesNewestFirstAcrossRuns)
