@@ -79,4 +79,27 @@ TEST_F(HostileWindowTest, EachBrokenVehicleSaysWhyAndTheSoundOneThenShows)
     });
 }
 
+TEST_F(HostileWindowTest, AFailedLoadLeavesNeitherTheOldFactsNorTheLoadingMessage)
+{
+    runWindow([this](MainWindow& window) {
+        loadByName(window, QStringLiteral("Sound Vehicle"));
+        // Without a turret, without a gun, without models.
+        for (const QString& broken :
+             {QStringLiteral("No Turret"), QStringLiteral("Turret Without Gun"),
+              QStringLiteral("Missing Model")}) {
+            SCOPED_TRACE(broken.toStdString());
+            loadByName(window, broken);
+            const QString failed = QStringLiteral("Failed to load tank: ") + broken;
+            ASSERT_FALSE(boxes.boxes.isEmpty());
+            EXPECT_EQ(boxes.boxes.last().text, failed);
+            EXPECT_EQ(window.statusBar()->currentMessage(), failed);
+            OverlayFacts facts;
+            window.renderWidget->frame.vehicleFacts(facts);
+            EXPECT_EQ(facts.hitPoints, 0);
+            EXPECT_EQ(facts.name, QString());
+            EXPECT_EQ(facts.tankTriangles, 0);
+        }
+    });
+}
+
 } // namespace

@@ -136,28 +136,6 @@ TEST_F(WindowTest, LoadsByEnterDoubleClickButtonAndRecentEntry)
     EXPECT_TRUE(logLines().contains(QStringLiteral("[ Warning ] Could not find tank: Talon")));
 }
 
-TEST_F(WindowTest, AFailedLoadLeavesNeitherTheOldFactsNorTheLoadingMessage)
-{
-    runWindow([this](MainWindow& window) {
-        loadByName(window, QStringLiteral("Talon"));
-        // Without a turret, without a gun, without models.
-        for (const QString& broken :
-             {QStringLiteral("Harrow"), QStringLiteral("Marauder"), QStringLiteral("Halberd")}) {
-            SCOPED_TRACE(broken.toStdString());
-            loadByName(window, broken);
-            const QString failed = QStringLiteral("Failed to load tank: ") + broken;
-            ASSERT_FALSE(boxes.boxes.isEmpty());
-            EXPECT_EQ(boxes.boxes.last().text, failed);
-            EXPECT_EQ(window.statusBar()->currentMessage(), failed);
-            OverlayFacts facts;
-            window.renderWidget->frame.vehicleFacts(facts);
-            EXPECT_EQ(facts.hitPoints, 0);
-            EXPECT_EQ(facts.name, QString());
-            EXPECT_EQ(facts.tankTriangles, 0);
-        }
-    });
-}
-
 TEST_F(WindowTest, ReloadSceneAndADatabaseRebuildLoadTheVehicleAgain)
 {
     runWindow([](MainWindow& window) {
