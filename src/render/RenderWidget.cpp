@@ -182,8 +182,8 @@ void RenderWidget::initializeGL()
     Log::log(QStringLiteral("OpenGL Initialising complete."), Log::Info);
 }
 
-// The vehicle's loader comes from outside, between the materials and the
-// textures; CamoLoader joins these once it exists.
+// The loaders this library does not know (the vehicle's, the camouflage's)
+// come from outside, between the materials and the textures.
 void RenderWidget::createSceneLoaders()
 {
     materialLoader = new MaterialLoader(this);

@@ -266,8 +266,7 @@ bool TankLoader::load(QString tankName)
     nation = database->translatedNation(tankName);
     info->parse(vehicleDocument, startIndex);
     loadExclusionMasks();
-    // The vehicle's camouflage patterns are read here once their loader
-    // exists.
+    // The camouflage loader reads the vehicle's patterns on tankLoaded().
     showVisualText();
     readArmor();
 

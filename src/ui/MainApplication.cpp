@@ -31,7 +31,7 @@ void MainApplication::initialise()
     new BufferManager;
 
     // Connects itself to the game path; its first rebuild runs in the
-    // viewport's GL start-up, once the loaders it needs exist.
+    // viewport's GL start-up, after the loaders it needs are made.
     new Database;
     // The armour inspection's ray world, which needs no GL.
     new Physics;

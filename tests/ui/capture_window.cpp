@@ -73,7 +73,16 @@ int main(int argc, char** argv)
                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Settings><Paths><GavrelPath>" +
                        game + "</GavrelPath><ModPath>" + game +
                        "-mod</ModPath></Paths><RendererSystems><Renderer><ShaderDir>../data/"
-                       "shaders/glsl150</ShaderDir></Renderer></RendererSystems></Settings>\n");
+                       "shaders/glsl150</ShaderDir></Renderer></RendererSystems>"
+                       "<RendererCommon><TextureFilter>Anisotropic 4x</TextureFilter>"
+                       "<MSAA>4x</MSAA><ShadowMap>2048</ShadowMap>"
+                       "<ShadowMapSamples>8</ShadowMapSamples><VSync>1</VSync></RendererCommon>"
+                       // A new user's scene, with shadows.
+                       "<SceneSettings><ViewportColor>128 128 128 255</ViewportColor>"
+                       "<AmbientLight>127</AmbientLight><ShowHangar>true</ShowHangar>"
+                       "<ShowGrid>false</ShowGrid><ShowTankInfo>true</ShowTankInfo>"
+                       "<ShowShadows>true</ShowShadows><SceneSet>premium</SceneSet>"
+                       "<Lighting>bumpmap</Lighting></SceneSettings></Settings>\n");
     MessageBoxRecorder boxes;
     bool written = false;
     StartOptions options;
