@@ -8,8 +8,10 @@
 #include "CamoList.h"
 #include "CamoListUI.h"
 #include "FileDialogs.h"
+#include "Preferences.h"
 #include "RenderWidget.h"
 #include "ToolRunner.h"
+#include "ui_Preferences.h"
 
 #include <QDockWidget>
 #include <QScrollArea>
@@ -343,4 +345,24 @@ TEST_F(WindowFrameTest, ScreenshotAndReloadedSceneShowTheSameVehicle)
         EXPECT_SAME_FRAME(window, Talon, QStringList(), "reloaded");
     });
     setFileDialogHandler({});
+}
+
+// A game path changed in Preferences: the archives reopen, the table and the
+// garages load again from the slot, and a vehicle then loaded shows as the
+// tool draws it from the new folder.
+TEST_F(WindowFrameTest, AGamePathAppliedInPreferencesShowsItsVehicle)
+{
+    const QString other = root.filePath(QStringLiteral("other-game"));
+    ASSERT_TRUE(QFile::link(Game, other));
+    DialogAnswer preferences(QStringLiteral("PreferencesDialog"), true, [&other](QDialog& dialog) {
+        static_cast<Preferences&>(dialog).ui->GavrelPathTxt->setText(other);
+    });
+    runWindow([&](MainWindow& window) {
+        hideOverlay(window);
+        loadThrough(window, Talon, LoadWay::Enter);
+        window.ui.actionPreferences->trigger();
+        ASSERT_EQ(preferences.shown, 1);
+        loadThrough(window, Talon, LoadWay::DoubleClick);
+        EXPECT_TRUE(FrameOracle::sameFrame(window, Talon, QStringList(), "other-game", other));
+    });
 }
