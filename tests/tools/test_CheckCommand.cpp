@@ -36,6 +36,24 @@ TEST(CheckCommandTest, SampleInstallationReadsCleanly)
     EXPECT_TRUE(result.err.contains(" files checked, 0 failed")) << result.err.toStdString();
 }
 
+// The hostile installation's broken files, and only those: the missing
+// ones are not there to be checked.
+TEST(CheckCommandTest, HostileInstallationListsExactlyItsBrokenFiles)
+{
+    const ToolResult result =
+        runTool(QStringList{QStringLiteral("check"), HostileGame} + hostileLists());
+    EXPECT_EQ(result.exitCode, 1);
+    QStringList listed;
+    for (const QString& line : QString::fromUtf8(result.out).split('\n', Qt::SkipEmptyParts))
+        listed.append(line.section('\t', 0, 0));
+    listed.sort();
+    const QString hostile = QStringLiteral("vehicles/Hostile/");
+    EXPECT_EQ(listed, (QStringList{"scripts/item_defs/vehicles/hostile/H04_Empty_Document.xml",
+                                   hostile + "H06_Truncated_Member/normal/lod0/Hull.primitives",
+                                   hostile + "H06_Truncated_Member/normal/lod0/Hull.visual",
+                                   hostile + "H07_Broken_DDS/Hull_AM.dds"}));
+}
+
 TEST(CheckCommandTest, BrokenModFilesAreListedWithTheirReason)
 {
     GameTree mod(false);
